@@ -207,9 +207,9 @@ QGroupBox::title {
 
 QDockWidget {
     titlebar-close-icon: none;
+    font-weight: 600;
 }
 QDockWidget::title {
-    font-weight: 600;
     background-color: #eceef1;
     border-bottom: 1px solid #dcdee2;
     padding: 6px 8px;
@@ -226,6 +226,9 @@ QTreeWidget, QListWidget {
 QTreeWidget::item:selected, QListWidget::item:selected {
     background-color: #a6d7d5;
     color: #00abad;
+}
+QTreeWidget::branch:selected {
+    background-color: #a6d7d5;
 }
 
 QHeaderView::section {
