@@ -1,7 +1,6 @@
 #include "app/SafeApplication.h"
 
 #include <H5Cpp.h>
-
 #include <QDebug>
 #include <exception>
 
@@ -20,14 +19,14 @@ bool SafeApplication::notify(QObject* receiver, QEvent* event)
         const QString text = QString::fromStdString(e.getFuncName()) + QStringLiteral(": ")
             + QString::fromStdString(e.getDetailMsg());
         qCritical().noquote() << "Unhandled HDF5 exception:" << text;
-        Q_EMIT unhandledException(QStringLiteral("File / Data Error"), text);
+        Q_EMIT unhandledException(FailureTexts::hdf5ErrorTitle, text);
     } catch (const std::exception& e) {
         const QString text = QString::fromUtf8(e.what());
         qCritical().noquote() << "Unhandled exception:" << text;
-        Q_EMIT unhandledException(QStringLiteral("Unexpected Error"), text);
+        Q_EMIT unhandledException(FailureTexts::unexpectedErrorTitle, text);
     } catch (...) {
         qCritical().noquote() << "Unhandled non-standard exception";
-        Q_EMIT unhandledException(QStringLiteral("Unexpected Error"), QStringLiteral("An unknown error occurred."));
+        Q_EMIT unhandledException(FailureTexts::unexpectedErrorTitle, FailureTexts::unknownErrorMessage);
     }
     return false;
 }

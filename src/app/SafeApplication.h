@@ -5,6 +5,13 @@
 
 namespace Tessaly {
 
+// Titles and texts of the failure reports, in one place.
+namespace FailureTexts {
+inline const QString hdf5ErrorTitle = QStringLiteral("File / Data Error");
+inline const QString unexpectedErrorTitle = QStringLiteral("Unexpected Error");
+inline const QString unknownErrorMessage = QStringLiteral("An unknown error occurred.");
+} // namespace FailureTexts
+
 // The application object with the program's one catch-all: whatever a slot or event handler throws
 // is caught in notify(), logged, and reported by the unhandledException signal, and the event loop
 // goes on. No slot needs a catch-all of its own.
