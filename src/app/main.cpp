@@ -1,6 +1,7 @@
 #include "app/Logging.h"
 #include "app/SafeApplication.h"
 #include "app/Theme.h"
+#include "io/Hdf5Filters.h"
 #include "ui/MainWindow.h"
 
 #include <H5Cpp.h>
@@ -14,7 +15,8 @@ int main(int argc, char** argv)
 {
     // HDF5 failures are then seen only as exceptions, never as error stacks on the console.
     H5::Exception::dontPrint();
-    // registerHdf5Filters() is called here once the filter registry exists
+    // Compressed measurement files must read from the first file on.
+    Tessaly::registerHdf5Filters();
     Tessaly::initLogging();
 
     Tessaly::SafeApplication app(argc, argv);

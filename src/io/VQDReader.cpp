@@ -1,0 +1,532 @@
+#include "io/VQDReader.h"
+
+#include "core/FeatureCatalogue.h"
+#include "io/Hdf5Filters.h"
+#include "io/Hdf5Mutex.h"
+
+#include <H5Cpp.h>
+#include <algorithm>
+#include <charconv>
+#include <iostream>
+#include <mutex>
+#include <optional>
+
+namespace Tessaly {
+
+namespace {
+
+using Lock = std::lock_guard<std::recursive_mutex>;
+
+const char* const eventsGroup = "events";
+const char* const traceGroup = "events/trace";
+
+// Polygon gates are stored as "section:<x>,<y> polygon points".
+const std::string polygonSuffix = " polygon points";
+
+// Text of the instrument's own files in "setup:module composition".
+const char* const instrumentMarker = "Vortiq";
+
+// Handed out whenever there is no column to give, so every such call returns the same object.
+const std::vector<double> emptyColumn;
+
+void reportError(const std::string& prefix, const std::string& detail)
+{
+    // One write per line, so that lines of concurrent readers don't interleave.
+    std::cerr << (prefix + detail + '\n') << std::flush;
+}
+
+// H5Lexists fails instead of answering false when an inner component of a path is missing, and
+// pushes errors on the library's stack; every component is tested on its own here.
+bool linkExists(hid_t location, const std::string& path)
+{
+    std::string prefix;
+    std::size_t start = 0;
+    while (start <= path.size()) {
+        const std::size_t slash = std::min(path.find('/', start), path.size());
+        prefix += path.substr(start, slash - start);
+        htri_t exists = -1;
+        H5E_BEGIN_TRY
+        {
+            exists = H5Lexists(location, prefix.c_str(), H5P_DEFAULT);
+        }
+        H5E_END_TRY;
+        if (exists <= 0)
+            return false;
+        prefix += '/';
+        start = slash + 1;
+    }
+    return true;
+}
+
+std::vector<hsize_t> extentOf(const H5::DataSpace& space)
+{
+    const int rank = space.getSimpleExtentNdims();
+    std::vector<hsize_t> dims(static_cast<std::size_t>(std::max(rank, 0)));
+    if (!dims.empty())
+        space.getSimpleExtentDims(dims.data());
+    return dims;
+}
+
+template <typename Stored>
+std::vector<double> readWidened(const H5::DataSet& dataset, const H5::PredType& memoryType, std::size_t n)
+{
+    std::vector<Stored> buffer(n);
+    dataset.read(buffer.data(), memoryType);
+    return std::vector<double>(buffer.begin(), buffer.end());
+}
+
+// One column as doubles; its length is the first dimension of the dataset. Types without a
+// conversion rule give zeros of that length.
+std::vector<double> readColumn(const H5::DataSet& dataset)
+{
+    const std::vector<hsize_t> dims = extentOf(dataset.getSpace());
+    const std::size_t n = dims.empty() ? 0 : static_cast<std::size_t>(dims[0]);
+    // A column is rank 1. Reading a dataset of higher rank whole would not fit the column (and for
+    // images would load every frame), so such a dataset stays zeros.
+    if (n == 0 || dims.size() != 1)
+        return std::vector<double>(n, 0.0);
+
+    switch (dataset.getTypeClass()) {
+    case H5T_FLOAT:
+        if (dataset.getFloatType().getSize() == 4)
+            return readWidened<float>(dataset, H5::PredType::NATIVE_FLOAT, n);
+        else {
+            std::vector<double> column(n);
+            dataset.read(column.data(), H5::PredType::NATIVE_DOUBLE);
+            return column;
+        }
+    case H5T_INTEGER: {
+        const H5::IntType type = dataset.getIntType();
+        const bool isSigned = type.getSign() != H5T_SGN_NONE;
+        switch (type.getSize()) {
+        case 1:
+            return isSigned ? readWidened<std::int8_t>(dataset, H5::PredType::NATIVE_INT8, n)
+                            : readWidened<std::uint8_t>(dataset, H5::PredType::NATIVE_UINT8, n);
+        case 2:
+            return isSigned ? readWidened<std::int16_t>(dataset, H5::PredType::NATIVE_INT16, n)
+                            : readWidened<std::uint16_t>(dataset, H5::PredType::NATIVE_UINT16, n);
+        case 4:
+            return isSigned ? readWidened<std::int32_t>(dataset, H5::PredType::NATIVE_INT32, n)
+                            : readWidened<std::uint32_t>(dataset, H5::PredType::NATIVE_UINT32, n);
+        case 8: {
+            if (isSigned)
+                return readWidened<std::int64_t>(dataset, H5::PredType::NATIVE_INT64, n);
+            // 8-byte values are taken as signed whatever their stored sign: unsigned values above
+            // 2^63 - 1 wrap to negative numbers. The library's own conversion would clip them
+            // instead, so they are read as stored and reinterpreted.
+            std::vector<std::uint64_t> buffer(n);
+            dataset.read(buffer.data(), H5::PredType::NATIVE_UINT64);
+            std::vector<double> column(n);
+            std::transform(buffer.begin(), buffer.end(), column.begin(),
+                [](std::uint64_t value) { return static_cast<double>(static_cast<std::int64_t>(value)); });
+            return column;
+        }
+        default:
+            return std::vector<double>(n, 0.0);
+        }
+    }
+    case H5T_ENUM:
+        // The format's boolean is an enumeration over a signed byte.
+        return readWidened<std::int8_t>(dataset, H5::PredType::NATIVE_INT8, n);
+    default:
+        return std::vector<double>(n, 0.0);
+    }
+}
+
+// "%f" without the locale: the application object switches the C locale to the user's, whose
+// decimal separator may be a comma.
+std::string formatFixed(double value)
+{
+    char text[400]; // the longest "%f" of a double has 309 digits before the point
+    const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
+    return std::string(text, result.ptr);
+}
+
+std::string stripPadding(std::string text, H5T_str_t padding)
+{
+    switch (padding) {
+    case H5T_STR_NULLTERM:
+        text.resize(std::min(text.find('\0'), text.size()));
+        break;
+    case H5T_STR_NULLPAD:
+        while (!text.empty() && text.back() == '\0')
+            text.pop_back();
+        break;
+    case H5T_STR_SPACEPAD:
+        while (!text.empty() && (text.back() == ' ' || text.back() == '\0'))
+            text.pop_back();
+        break;
+    default:
+        break;
+    }
+    return text;
+}
+
+std::string readStringAttribute(const H5::Attribute& attribute)
+{
+    const H5::StrType type = attribute.getStrType();
+    if (type.isVariableStr()) {
+        H5::StrType memoryType(H5::PredType::C_S1, H5T_VARIABLE);
+        memoryType.setCset(type.getCset());
+        char* text = nullptr;
+        attribute.read(memoryType, &text);
+        std::string value = text ? std::string(text) : std::string();
+        H5free_memory(text);
+        return value;
+    }
+    // Fixed-length text comes in the attribute's own type, padding included; other writers use
+    // null padding or space padding without a terminating null.
+    std::string buffer(type.getSize(), '\0');
+    attribute.read(type, buffer.data());
+    return stripPadding(std::move(buffer), type.getStrpad());
+}
+
+std::optional<std::string> readScalarAttribute(const H5::Attribute& attribute, H5T_class_t typeClass)
+{
+    switch (typeClass) {
+    case H5T_STRING:
+        return readStringAttribute(attribute);
+    case H5T_FLOAT: {
+        double value = 0.0;
+        attribute.read(H5::PredType::NATIVE_DOUBLE, &value);
+        return formatFixed(value);
+    }
+    case H5T_ENUM: {
+        int value = 0;
+        attribute.read(H5::PredType::NATIVE_INT, &value);
+        return std::to_string(value);
+    }
+    case H5T_INTEGER: {
+        std::int64_t value = 0;
+        attribute.read(H5::PredType::NATIVE_INT64, &value);
+        return std::to_string(value);
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
+// A float array of shape (n, 2) is a list of points; its text is "(x,y), (x,y), ...". When its key
+// reads "<x feature>,<y feature> polygon points" it is also a polygon gate.
+std::string readPointsAttribute(
+    const H5::Attribute& attribute, const std::string& name, hsize_t rows, VQDMetadata& metadata)
+{
+    std::vector<float> values(static_cast<std::size_t>(rows) * 2);
+    if (!values.empty())
+        attribute.read(H5::PredType::NATIVE_FLOAT, values.data());
+
+    std::vector<std::pair<double, double>> vertices;
+    vertices.reserve(static_cast<std::size_t>(rows));
+    std::string text;
+    for (std::size_t i = 0; i + 1 < values.size(); i += 2) {
+        vertices.emplace_back(values[i], values[i + 1]);
+        if (!text.empty())
+            text += ", ";
+        text += '(' + formatFixed(values[i]) + ',' + formatFixed(values[i + 1]) + ')';
+    }
+
+    const std::string key = name.substr(name.find(':') + 1);
+    if (key.size() > polygonSuffix.size()
+        && key.compare(key.size() - polygonSuffix.size(), polygonSuffix.size(), polygonSuffix) == 0) {
+        const std::string features = key.substr(0, key.size() - polygonSuffix.size());
+        const std::size_t comma = features.find(',');
+        if (comma != std::string::npos)
+            metadata.polygonFilters.push_back(
+                { features.substr(0, comma), features.substr(comma + 1), std::move(vertices) });
+    }
+    return text;
+}
+
+// The text of one root attribute, or nothing when attributes of its kind are not kept.
+std::optional<std::string> readAttribute(
+    const H5::Attribute& attribute, const std::string& name, VQDMetadata& metadata)
+{
+    const H5T_class_t typeClass = attribute.getTypeClass();
+    const H5::DataSpace space = attribute.getSpace();
+    // An attribute without a value (null dataspace) has rank 0 as well but nothing to read.
+    if (space.getSimpleExtentType() == H5S_SCALAR)
+        return readScalarAttribute(attribute, typeClass);
+    if (space.getSimpleExtentType() != H5S_SIMPLE || typeClass != H5T_FLOAT)
+        return std::nullopt;
+    const std::vector<hsize_t> dims = extentOf(space);
+    if (dims.size() == 2 && dims[1] == 2 && name.find(':') != std::string::npos)
+        return readPointsAttribute(attribute, name, dims[0], metadata);
+    return std::nullopt;
+}
+
+void storeAttribute(VQDMetadata& metadata, const std::string& name, const std::string& value)
+{
+    metadata.allAttributes[name] = value;
+    const std::size_t colon = name.find(':');
+    if (colon == std::string::npos)
+        return;
+    if (VQDMetadata::TextMap* section = metadata.section(name.substr(0, colon)))
+        (*section)[name.substr(colon + 1)] = value;
+}
+
+} // namespace
+
+VQDReader::VQDReader() = default;
+
+VQDReader::~VQDReader()
+{
+    Lock lock(hdf5Mutex());
+    close();
+}
+
+bool VQDReader::open(const std::string& path)
+{
+    // Outside the lock: the one-time registration takes the lock itself, and a thread waiting for it
+    // while holding the lock would block the thread that registers.
+    registerHdf5Filters();
+
+    Lock lock(hdf5Mutex());
+    close();
+    try {
+        // Against the headers this program was compiled with; a mismatching library stops the process.
+        H5::H5Library::checkVersion(H5_VERS_MAJOR, H5_VERS_MINOR, H5_VERS_RELEASE);
+        H5::H5Library::open();
+        m_file = std::make_unique<H5::H5File>(path, H5F_ACC_RDONLY);
+        m_filePath = path;
+        m_fileOpen = true;
+        listFeatures();
+        listTraces();
+        determineEventCount();
+        return true;
+    } catch (const H5::Exception& e) {
+        reportError("Error opening file: ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error opening file: ", e.what());
+    }
+    m_file.reset();
+    m_fileOpen = false;
+    return false;
+}
+
+void VQDReader::close()
+{
+    Lock lock(hdf5Mutex());
+    try {
+        m_file.reset();
+    } catch (...) {
+        // Releasing a handle only fails when the library itself is gone; nothing is left to do.
+    }
+    m_filePath.clear();
+    m_fileOpen = false;
+    m_eventCount = 0;
+    m_featureNames.clear();
+    m_featureNameSet.clear();
+    m_featureNamesSorted = false;
+    m_imageAvailable = false;
+    m_maskAvailable = false;
+    m_tracesAvailable = false;
+    m_instrumentData = false;
+    m_traceNames.clear();
+    m_traceLength = 0;
+    m_columnCache.clear();
+    m_computedFeatureNames.clear();
+}
+
+void VQDReader::listFeatures()
+{
+    m_featureNames.clear();
+    m_featureNameSet.clear();
+    m_imageAvailable = false;
+    m_maskAvailable = false;
+    try {
+        if (!linkExists(m_file->getId(), eventsGroup))
+            return;
+        const H5::Group events = m_file->openGroup(eventsGroup);
+        const hsize_t count = events.getNumObjs();
+        for (hsize_t i = 0; i < count; ++i) {
+            const std::string name = events.getObjnameByIdx(i);
+            if (events.childObjType(i) != H5O_TYPE_DATASET)
+                continue;
+            const H5::DataSet dataset = events.openDataSet(name);
+            // Images and masks are listed whatever their rank; other features are columns.
+            if (dataset.getSpace().getSimpleExtentNdims() == 1 || name == "image" || name == "mask") {
+                m_featureNames.push_back(name);
+                m_featureNameSet.insert(name);
+            }
+        }
+        std::sort(m_featureNames.begin(), m_featureNames.end());
+        m_featureNamesSorted = true;
+    } catch (const H5::Exception& e) {
+        reportError("Error caching features: ", e.getDetailMsg());
+        m_featureNamesSorted = false;
+    } catch (const std::exception& e) {
+        reportError("Error caching features: ", e.what());
+        m_featureNamesSorted = false;
+    }
+    m_imageAvailable = m_featureNameSet.count("image") > 0;
+    m_maskAvailable = m_featureNameSet.count("mask") > 0;
+}
+
+void VQDReader::listTraces()
+{
+    m_tracesAvailable = false;
+    m_traceNames.clear();
+    m_traceLength = 0;
+    if (!m_fileOpen || !m_file)
+        return;
+    try {
+        if (!linkExists(m_file->getId(), traceGroup))
+            return;
+        const H5::Group traces = m_file->openGroup(traceGroup);
+        const hsize_t count = traces.getNumObjs();
+        for (hsize_t i = 0; i < count; ++i) {
+            const std::string name = traces.getObjnameByIdx(i);
+            if (traces.childObjType(i) != H5O_TYPE_DATASET)
+                continue;
+            if (name.find("_median") == std::string::npos && name.find("_raw") == std::string::npos)
+                continue;
+            m_traceNames.push_back(name);
+            if (m_traceLength == 0) {
+                const std::vector<hsize_t> dims = extentOf(traces.openDataSet(name).getSpace());
+                if (dims.size() >= 2)
+                    m_traceLength = dims[1];
+            }
+        }
+        std::sort(m_traceNames.begin(), m_traceNames.end());
+    } catch (const H5::Exception& e) {
+        reportError("Error caching trace info: ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error caching trace info: ", e.what());
+    }
+    m_tracesAvailable = !m_traceNames.empty();
+}
+
+void VQDReader::determineEventCount()
+{
+    m_eventCount = 0;
+    if (m_featureNames.empty())
+        return;
+    // The first name in sorted order, also when a failed listing left the list unsorted.
+    const std::string& first = *std::min_element(m_featureNames.begin(), m_featureNames.end());
+    try {
+        const std::vector<hsize_t> dims
+            = extentOf(m_file->openDataSet(std::string(eventsGroup) + '/' + first).getSpace());
+        if (!dims.empty())
+            m_eventCount = dims[0];
+    } catch (const H5::Exception& e) {
+        reportError("Error determining event count: ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error determining event count: ", e.what());
+    }
+}
+
+const std::vector<std::string>& VQDReader::featureNames()
+{
+    if (!m_featureNamesSorted) {
+        std::sort(m_featureNames.begin(), m_featureNames.end());
+        m_featureNamesSorted = true;
+    }
+    return m_featureNames;
+}
+
+bool VQDReader::hasFeature(const std::string& name) const
+{
+    return m_featureNameSet.count(name) > 0;
+}
+
+bool VQDReader::isComputedFeature(const std::string& name) const
+{
+    return m_computedFeatureNames.count(name) > 0;
+}
+
+const std::vector<double>& VQDReader::getFeature(const std::string& name)
+{
+    Lock lock(hdf5Mutex());
+    const auto cached = m_columnCache.find(name);
+    if (cached != m_columnCache.end())
+        return *cached->second;
+    // A feature is an object directly under /events; a name with a slash can't be one.
+    if (!m_fileOpen || !m_file || name.empty() || name.find('/') != std::string::npos
+        || !linkExists(m_file->getId(), std::string(eventsGroup) + '/' + name))
+        return emptyColumn;
+    try {
+        const H5::DataSet dataset = m_file->openDataSet(std::string(eventsGroup) + '/' + name);
+        auto column = std::make_unique<std::vector<double>>(readColumn(dataset));
+        const std::vector<double>& stored = *column;
+        m_columnCache[name] = std::move(column);
+        return stored;
+    } catch (const H5::Exception& e) {
+        reportError("Error reading feature '" + name + "': ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error reading feature '" + name + "': ", e.what());
+    }
+    return emptyColumn;
+}
+
+void VQDReader::setFeature(const std::string& name, std::vector<double>&& values)
+{
+    Lock lock(hdf5Mutex());
+    m_columnCache[name] = std::make_unique<std::vector<double>>(std::move(values));
+    values.clear();
+    m_computedFeatureNames.insert(name);
+    if (m_featureNameSet.insert(name).second) {
+        m_featureNames.push_back(name);
+        m_featureNamesSorted = false;
+    }
+}
+
+void VQDReader::cacheAllFeatures()
+{
+    std::vector<std::string> names;
+    {
+        Lock lock(hdf5Mutex());
+        names = m_featureNames;
+    }
+    for (const std::string& name : names)
+        if (isScalarFeature(name))
+            getFeature(name);
+}
+
+std::vector<std::string> VQDReader::traceNames() const
+{
+    Lock lock(hdf5Mutex());
+    return m_traceNames;
+}
+
+std::string VQDReader::featureLabel(const std::string& name) const
+{
+    return Tessaly::featureLabel(name, m_instrumentData);
+}
+
+VQDMetadata VQDReader::readMetadata()
+{
+    VQDMetadata metadata;
+    if (!m_fileOpen)
+        return metadata;
+    Lock lock(hdf5Mutex());
+    if (!m_file)
+        return metadata;
+    try {
+        const H5::Group root = m_file->openGroup("/");
+        const int count = root.getNumAttrs();
+        for (int i = 0; i < count; ++i) {
+            try {
+                const H5::Attribute attribute = root.openAttribute(static_cast<unsigned int>(i));
+                const std::string name = attribute.getName();
+                if (const std::optional<std::string> value = readAttribute(attribute, name, metadata))
+                    storeAttribute(metadata, name, *value);
+            } catch (const H5::Exception& e) {
+                reportError(
+                    "Warning: failed to read attribute " + std::to_string(i) + ": ", e.getDetailMsg());
+            } catch (const std::exception& e) {
+                reportError("Warning: failed to read attribute " + std::to_string(i) + ": ", e.what());
+            }
+        }
+    } catch (const H5::Exception& e) {
+        reportError("Error reading metadata: ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error reading metadata: ", e.what());
+    }
+
+    const auto composition = metadata.setup.find("module composition");
+    m_instrumentData = composition != metadata.setup.end()
+        && composition->second.find(instrumentMarker) != std::string::npos;
+    return metadata;
+}
+
+} // namespace Tessaly
