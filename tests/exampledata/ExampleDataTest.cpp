@@ -1,5 +1,6 @@
 #include "ExampleEvents.h"
 #include "FrameRenderer.h"
+#include "io/VQDReader.h"
 
 #include <gtest/gtest.h>
 
@@ -98,4 +99,52 @@ TEST(ExampleData, ToolRefusesEventCountsOutsideItsRange)
     ASSERT_TRUE(tool.waitForFinished(30000));
     EXPECT_EQ(tool.exitCode(), 2);
     EXPECT_FALSE(QFile::exists(output));
+}
+
+// What the tool writes is what the reader expects: instrument data, every column as long as the
+// event count, frames and traces where asked for, in each storage the tool offers.
+TEST(ExampleData, WrittenFilesReadBackAsInstrumentData)
+{
+    QTemporaryDir dir;
+    const std::vector<QStringList> variants = {
+        { "--events", "150" },
+        { "--events", "120", "--compression", "zstd", "--float32" },
+        { "--events", "300", "--compression", "deflate", "--images-up-to", "200" },
+    };
+    for (std::size_t v = 0; v < variants.size(); ++v) {
+        const QString output = dir.filePath(QString("example%1.vqd").arg(v));
+        QProcess tool;
+        tool.start(TESSALY_EXAMPLE_TOOL, variants[v] + QStringList { output });
+        ASSERT_TRUE(tool.waitForFinished(60000));
+        ASSERT_EQ(tool.exitCode(), 0) << tool.readAllStandardError().toStdString();
+
+        Tessaly::VQDReader reader;
+        ASSERT_TRUE(reader.open(output.toStdString()));
+        const Tessaly::VQDMetadata metadata = reader.readMetadata();
+        EXPECT_TRUE(reader.isInstrumentData());
+        const std::size_t events = variants[v][1].toULong();
+        EXPECT_EQ(reader.eventCount(), events);
+        const bool perEventData = v != 2;
+        EXPECT_EQ(reader.hasImage(), perEventData);
+        EXPECT_EQ(reader.hasMask(), perEventData);
+        EXPECT_EQ(reader.hasTraces(), perEventData);
+        if (perEventData) {
+            EXPECT_EQ(reader.traceNames(), (std::vector<std::string> { "fl1_raw", "fl2_raw", "fl3_raw" }));
+            EXPECT_EQ(reader.traceLength(), 160u);
+        }
+        EXPECT_GE(reader.featureNames().size(), 30u);
+        for (const std::string& name : reader.featureNames()) {
+            if (name == "image" || name == "mask")
+                continue;
+            const auto& column = reader.getFeature(name);
+            EXPECT_EQ(column.size(), events) << name;
+            EXPECT_TRUE(std::all_of(column.begin(), column.end(), [](double x) { return std::isfinite(x); })) << name;
+        }
+        EXPECT_EQ(metadata.setup.at("channel width"), "20.000000");
+        EXPECT_EQ(metadata.imaging.at("pixel size"), "0.340000");
+        ASSERT_EQ(metadata.polygonFilters.size(), 1u);
+        EXPECT_EQ(metadata.polygonFilters[0].xFeature, "area_um");
+        EXPECT_EQ(metadata.polygonFilters[0].yFeature, "deform");
+        EXPECT_EQ(reader.featureLabel("userdef0"), "Velocity [mm/s]");
+    }
 }

@@ -1,6 +1,7 @@
 #include "ExampleFileWriter.h"
 
 #include "FrameRenderer.h"
+#include "io/Hdf5Filters.h"
 
 #include <H5Cpp.h>
 
@@ -195,6 +196,7 @@ bool writeExampleFile(const std::string& path, const ExampleSettings& settings, 
     const WriteOptions& options)
 {
     try {
+        Tessaly::registerHdf5Filters();
         if (options.compression == Compression::Zstd && H5Zfilter_avail(kZstdFilter) <= 0) {
             std::cerr << "Zstandard compression is not available in this HDF5 library" << std::endl;
             return false;
