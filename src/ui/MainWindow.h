@@ -1,27 +1,132 @@
 #pragma once
 
+#include "core/EventFilter.h"
+#include "core/FilterGroup.h"
+
+#include <QFutureWatcher>
+#include <QList>
 #include <QMainWindow>
+#include <QPair>
+#include <QQueue>
 #include <QString>
+#include <QStringList>
+
+#include <map>
+#include <string>
+#include <vector>
+
+class QAction;
+class QActionGroup;
+class QCheckBox;
+class QComboBox;
+class QDockWidget;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSpinBox;
+class QStackedWidget;
+class QTabWidget;
+class QTableWidget;
+class QTreeWidget;
 
 namespace Tessaly {
+
+struct DatasetEntry;
+class CalculationsDockWidget;
+class DatasetListWidget;
+class DatasetTreeWidget;
+class FilterDockWidget;
+class ScatterPlot;
+class StatisticsDockWidget;
+class TracePlot;
 
 // Texts of the main window, in one place.
 namespace MainWindowTexts {
 inline const QString windowTitle = QStringLiteral("Tessaly - VQD Data Analysis");
-inline const QString emptyPlaceholder = QStringLiteral("Drop measurement files here");
 // %1 is the message of the failure.
 inline const QString unexpectedErrorText = QStringLiteral(
     "An unexpected error occurred:\n\n%1\n\nYou can send a diagnostic report to help us fix this.");
 inline const QString sendFeedbackButton = QStringLiteral("Send Feedback...");
 inline const QString closeButton = QStringLiteral("Close");
+
+inline const QString noFileStartText
+    = QStringLiteral("No file loaded. Drag and drop a .vqd file or use File > Open.");
+inline const QString noFileText = QStringLiteral("No file loaded.");
+inline const QString loadingText = QStringLiteral("Loading: %1...");
+inline const QString cachingText = QStringLiteral("Loading: %1 - Caching features...");
+inline const QString loadedText = QStringLiteral("Loaded: %1 (%2)");
+
+inline const QString openCaption = QStringLiteral("Open VQD File(s)");
+inline const QString openFilter = QStringLiteral("VQD Files (*.vqd);;All Files (*)");
+inline const QString errorTitle = QStringLiteral("Error");
+inline const QString failedToOpenText = QStringLiteral("Failed to open: ");
+inline const QString unsupportedTitle = QStringLiteral("Unsupported Data");
+inline const QString unsupportedText = QStringLiteral(
+    "The data does not seem to originate from a ORVANE INSTRUMENTS Vortiq.\nTessaly is not designed to handle this "
+    "data.");
+inline const QString invalidFileTitle = QStringLiteral("Invalid File");
+inline const QString invalidFileText = QStringLiteral("Please drop .vqd file(s) or folders containing them.");
+inline const QString cannotRemoveTitle = QStringLiteral("Cannot Remove");
+inline const QString cannotRemoveText = QStringLiteral("This dataset is still loading.");
+inline const QString clearSessionTitle = QStringLiteral("Clear Session");
+inline const QString clearSessionText = QStringLiteral(
+    "This will close all datasets and combine plot windows.\nUnsaved changes will be lost.\n\nContinue?");
+inline const QString copySuffix = QStringLiteral(" (copy)");
+inline const QString applyButtonToolTip = QStringLiteral(
+    "Copy the active dataset's feature, scale, and contour settings to every other loaded dataset. Highlights "
+    "when any peer differs.");
+inline const QString applyButtonHighlightSheet = QStringLiteral(
+    "QPushButton { background-color: #a6d7d5; color: #00abad; border: 1px solid #00abad; font-weight: bold; }");
+inline const QString densityKdeKey = QStringLiteral("__density_kde__");
+inline const QString densityKdeText = QStringLiteral("Density (KDE)");
+inline const QStringList colorMapNames = { QStringLiteral("Viridis"), QStringLiteral("Jet"), QStringLiteral("Jet+"),
+    QStringLiteral("Plasma"), QStringLiteral("Quorin"), QStringLiteral("Grayscale") };
 } // namespace MainWindowTexts
 
+// The keys of the program's persistent settings.
+namespace SettingsKeys {
+inline const QString checkOnStartup = QStringLiteral("updates/checkOnStartup");
+inline const QString ignoredVersion = QStringLiteral("updates/ignoredVersion");
+inline const QString datasetViewMode = QStringLiteral("datasetView/mode");
+inline const QString datasetViewDepth = QStringLiteral("datasetView/depth");
+inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
+} // namespace SettingsKeys
+
+// Owner of everything a session holds: the datasets (row order = list order), the filter groups,
+// the docks and the tool windows. Its definitions are split by concern over several files:
+// MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
+// menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
+// MainWindowPlot.cpp (showing the active dataset).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
     explicit MainWindow(QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    std::vector<DatasetEntry*>& datasets() { return datasetList; }
+    int activeDatasetId() const;
+    DatasetEntry* findDatasetById(int id) const;
+    DatasetEntry* findDatasetByPath(const std::string& filePath) const;
+    bool datasetFolderViewActive() const;
+    int datasetFolderDepth() const;
+    int colorMapIndex() const { return currentColorMapIndex; }
+    CalculationsDockWidget* calcDock() const { return calculationsDock; }
+
+    const std::vector<FilterGroup*>& filterGroups() const { return groups; }
+    FilterGroup* findFilterGroupById(int id) const;
+    bool isGroupEnabled(const DatasetEntry* ds, int groupId) const;
+    // The rules that decide which events of a dataset count: its own, then those of every group it
+    // has enabled, under the dataset's own switch and combine mode.
+    EventFilter buildEffectiveFilter(const DatasetEntry* ds) const;
+
+    // Copies the settings the controls hold for the active dataset into its entry.
+    void saveCurrentDatasetState();
+
+    void openDataset(const QString& path);
+    int openSessionDataset(const QString& path);
+    bool isPreloadRunning() const { return preloadRunning; }
 
 public Q_SLOTS:
     // Shows a failure that escaped an event handler, with the offer of a feedback report. Reports
@@ -29,8 +134,132 @@ public Q_SLOTS:
     // dialogs.
     void onUnhandledException(const QString& title, const QString& message);
 
+    void openFile();
+    void removeDataset();
+    void duplicateDataset();
+    void clearSession();
+    void onDatasetSelected(int index);
+    void showActiveDataset();
+    void onFilterChanged();
+    void showMetadata();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private Q_SLOTS:
+    void onFeaturesLoaded();
+    void onColorMapSelected(QAction* action);
+    void onDatasetViewModeChanged(int mode);
+    void onDatasetDepthChanged(int depth);
+    void onCheckOnStartupToggled(bool checked);
+
 private:
+    // Construction, by concern.
+    void createDocks();
+    QWidget* createDatasetsPanel();
+    QWidget* createCentralPanel();
+    QWidget* createPlotSettings();
+    void createMenus();
+    void connectSignals();
+
+    // Datasets.
+    void startPreload(int row);
+    void inheritPeerSettings(DatasetEntry* entry);
+    bool activeMatchesAllPeers(const DatasetEntry* excluded) const;
+    void addDatasetRow(const DatasetEntry* entry);
+    void rebuildDatasetTree();
+    void setCurrentRow(int row);
+    int currentRow() const;
+    void clearDatasetViews();
+    void deleteToolWindows();
+    void finishSessionLoad();
+
+    // Showing the active dataset.
+    DatasetEntry* activeEntry() const;
+    void populateFeatureCombos();
+    void updatePlotStatus();
+    void updateApplyPlotButton();
+    void fillMetadataTree();
+    QString datasetLabelHtml(const DatasetEntry* entry) const;
+
+    // Session.
+    std::vector<DatasetEntry*> datasetList;
+    int nextDatasetId = 0;
+    int activeDatasetIndex = -1;
+    std::vector<FilterGroup*> groups;
+    int nextGroupId = 0;
+    int currentColorMapIndex = 0;
     bool exceptionDialogOpen = false;
+
+    // Tool windows without parent, each closed and deleted with the main window or the session.
+    QList<QMainWindow*> combinePlotWindows;
+    QList<QMainWindow*> statisticalEvaluationWindows;
+    QList<QMainWindow*> imageGalleryWindows;
+    QList<QMainWindow*> filterGroupMatrixWindows;
+
+    // Opening and background preload. Queues hold rows, kept right by removeDataset.
+    QFutureWatcher<void>* preloadWatcher = nullptr;
+    QFutureWatcher<void>* calculationWatcher = nullptr;
+    bool preloadRunning = false;
+    int preloadRow = -1;
+    QQueue<int> pendingPreloadRows;
+    QQueue<QString> pendingOpenPaths;
+    QQueue<QPair<int, QString>> pendingSessionFiles;
+    std::map<int, int> sessionIndexToId;
+    bool sessionLoading = false;
+    // Shown once per run, so that a folder of foreign files costs one dialog.
+    bool unsupportedDataWarned = false;
+
+    // Plot state of the active dataset.
+    bool filterReducedPlot = false;
+    std::vector<int> visibleIndices;
+
+    // Docks and their widgets.
+    QDockWidget* datasetsDock = nullptr;
+    QDockWidget* filtersDock = nullptr;
+    QDockWidget* statisticsDockWidget = nullptr;
+    QDockWidget* calculationsDockWidget = nullptr;
+    QDockWidget* metadataDock = nullptr;
+    QComboBox* datasetViewModeCombo = nullptr;
+    QLabel* depthLabel = nullptr;
+    QSpinBox* depthSpinBox = nullptr;
+    QStackedWidget* datasetViewStack = nullptr;
+    DatasetListWidget* datasetListWidget = nullptr;
+    DatasetTreeWidget* datasetTreeWidget = nullptr;
+    bool treeSelectionUpdating = false;
+    FilterDockWidget* filterDock = nullptr;
+    StatisticsDockWidget* statisticsDock = nullptr;
+    CalculationsDockWidget* calculationsDock = nullptr;
+    QTreeWidget* metadataTree = nullptr;
+
+    // Central widget.
+    QLabel* statusLabel = nullptr;
+    QLineEdit* renameEdit = nullptr;
+    QComboBox* xFeatureCombo = nullptr;
+    QComboBox* yFeatureCombo = nullptr;
+    QComboBox* colorFeatureCombo = nullptr;
+    QComboBox* xScaleCombo = nullptr;
+    QComboBox* yScaleCombo = nullptr;
+    QComboBox* contourCombo = nullptr;
+    QSpinBox* innerContourSpinBox = nullptr;
+    QSpinBox* outerContourSpinBox = nullptr;
+    QCheckBox* isoelasticsCheckBox = nullptr;
+    QCheckBox* isoelasticLabelsCheckBox = nullptr;
+    QPushButton* applyPlotSettingsButton = nullptr;
+    QSpinBox* eventSpinBox = nullptr;
+    ScatterPlot* scatterPlot = nullptr;
+    QTabWidget* eventTabs = nullptr;
+    QWidget* imageViewer = nullptr;
+    TracePlot* tracePlot = nullptr;
+    QTableWidget* eventTable = nullptr;
+
+    // Menus.
+    QActionGroup* colorMapActions = nullptr;
+    QAction* checkOnStartupAction = nullptr;
+    // No expert mode exists; the field stays null so that sessions always record it as off.
+    QAction* expertModeAction = nullptr;
 };
 
 } // namespace Tessaly

@@ -1,0 +1,527 @@
+// How files become datasets and leave again: opening, drag and drop, the background preload and its
+// queues, removal, duplication and clearing the session.
+#include "ui/MainWindow.h"
+
+#include "core/DatasetEntry.h"
+#include "plot/ScatterPlot.h"
+#include "plot/TracePlot.h"
+#include "ui/CalculationsDockWidget.h"
+#include "ui/DatasetListWidget.h"
+#include "ui/DatasetTreeWidget.h"
+#include "ui/FilterDockWidget.h"
+#include "ui/MessageBoxes.h"
+#include "ui/PathOrder.h"
+#include "ui/StatisticsDockWidget.h"
+
+#include <QComboBox>
+#include <QDirIterator>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QSpinBox>
+#include <QTableWidget>
+#include <QThreadPool>
+#include <QTreeWidget>
+#include <QUrl>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+#include <cmath>
+
+namespace Tessaly {
+
+namespace {
+
+bool hasVqdSuffix(const QString& path)
+{
+    return path.endsWith(QStringLiteral(".vqd"), Qt::CaseInsensitive);
+}
+
+QString metadataValue(const std::map<std::string, std::string>& section, const char* key)
+{
+    const auto it = section.find(key);
+    return it == section.end() ? QString() : QString::fromStdString(it->second);
+}
+
+} // namespace
+
+void MainWindow::openFile()
+{
+    QStringList paths = QFileDialog::getOpenFileNames(
+        this, MainWindowTexts::openCaption, QString(), MainWindowTexts::openFilter);
+    sortPaths(paths);
+    for (const QString& path : paths)
+        openDataset(path);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    if (!event->mimeData()->hasUrls())
+        return;
+    QStringList paths;
+    for (const QUrl& url : event->mimeData()->urls()) {
+        const QString local = url.toLocalFile();
+        if (local.isEmpty())
+            continue;
+        if (QFileInfo(local).isDir()) {
+            QDirIterator it(local, { QStringLiteral("*.vqd") }, QDir::Files, QDirIterator::Subdirectories);
+            while (it.hasNext())
+                paths << it.next();
+        } else if (hasVqdSuffix(local)) {
+            paths << local;
+        }
+    }
+    if (paths.isEmpty()) {
+        MessageBoxes::warning(this, MainWindowTexts::invalidFileTitle, MainWindowTexts::invalidFileText);
+        return;
+    }
+    sortPaths(paths);
+    for (const QString& path : paths)
+        openDataset(path);
+    event->acceptProposedAction();
+}
+
+void MainWindow::openDataset(const QString& path)
+{
+    // A file is opened once; a second view of it is made by duplicating.
+    if (DatasetEntry* existing = findDatasetByPath(path.toStdString())) {
+        const auto row = std::find(datasetList.begin(), datasetList.end(), existing) - datasetList.begin();
+        setCurrentRow(static_cast<int>(row));
+        return;
+    }
+    if (preloadRunning) {
+        pendingOpenPaths.enqueue(path);
+        return;
+    }
+
+    auto entry = std::make_unique<DatasetEntry>();
+    entry->id = nextDatasetId++;
+    entry->reader = std::make_shared<VQDReader>();
+    if (!entry->reader->open(path.toStdString())) {
+        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+        return;
+    }
+    entry->filePath = path.toStdString();
+    entry->metadata = entry->reader->readMetadata();
+
+    if (!entry->reader->isInstrumentData()) {
+        if (!unsupportedDataWarned) {
+            unsupportedDataWarned = true;
+            MessageBoxes::warning(this, MainWindowTexts::unsupportedTitle, MainWindowTexts::unsupportedText);
+        }
+        return;
+    }
+
+    QString name = metadataValue(entry->metadata.export_, "changed sample name");
+    if (name.isEmpty())
+        name = metadataValue(entry->metadata.experiment, "sample");
+    if (name.isEmpty())
+        name = QFileInfo(path).fileName();
+    entry->displayName = name;
+
+    DatasetEntry* added = entry.release();
+    datasetList.push_back(added);
+    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
+    inheritPeerSettings(added);
+    addDatasetRow(added);
+    rebuildDatasetTree();
+    const int row = static_cast<int>(datasetList.size()) - 1;
+    startPreload(row);
+    setCurrentRow(row);
+    updateApplyPlotButton();
+}
+
+int MainWindow::openSessionDataset(const QString& path)
+{
+    auto entry = std::make_unique<DatasetEntry>();
+    entry->id = nextDatasetId++;
+    entry->reader = std::make_shared<VQDReader>();
+    if (!entry->reader->open(path.toStdString())) {
+        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+        return -1;
+    }
+    entry->filePath = path.toStdString();
+    entry->metadata = entry->reader->readMetadata();
+    if (!entry->reader->isInstrumentData()) {
+        if (!unsupportedDataWarned) {
+            unsupportedDataWarned = true;
+            MessageBoxes::warning(this, MainWindowTexts::unsupportedTitle, MainWindowTexts::unsupportedText);
+        }
+        return -1;
+    }
+    // The session restores the stored name later.
+    entry->displayName = QFileInfo(path).fileName();
+
+    DatasetEntry* added = entry.release();
+    datasetList.push_back(added);
+    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
+    addDatasetRow(added);
+    rebuildDatasetTree();
+    startPreload(static_cast<int>(datasetList.size()) - 1);
+    return added->id;
+}
+
+// A new dataset follows the others where they agree, so that adding a file to a consistent session
+// keeps it consistent.
+void MainWindow::inheritPeerSettings(DatasetEntry* entry)
+{
+    if (datasetList.size() < 2)
+        return;
+    DatasetEntry* model = activeEntry();
+    if (!model || model == entry) {
+        const auto other = std::find_if(
+            datasetList.begin(), datasetList.end(), [entry](const DatasetEntry* e) { return e != entry; });
+        model = *other;
+    }
+
+    bool sameEnabled = true;
+    bool sameMode = true;
+    for (const DatasetEntry* peer : datasetList) {
+        if (peer == model || peer == entry)
+            continue;
+        sameEnabled = sameEnabled && peer->filter.isEnabled() == model->filter.isEnabled();
+        sameMode = sameMode && peer->filter.combineMode() == model->filter.combineMode();
+    }
+    if (sameEnabled)
+        entry->filter.setEnabled(model->filter.isEnabled());
+    if (sameMode)
+        entry->filter.setCombineMode(model->filter.combineMode());
+
+    // Rules that were applied to all datasets carry a propagation id and reach new ones too.
+    for (const FilterRule& rule : model->filter.rules()) {
+        if (!rule.propagationId.empty())
+            entry->filter.addRule(rule);
+    }
+
+    if (!activeMatchesAllPeers(entry))
+        return;
+    if (model == activeEntry())
+        saveCurrentDatasetState();
+    const VQDReader& reader = *entry->reader;
+    if (entry != model) {
+        if (reader.hasFeature(model->xFeatureName))
+            entry->xFeatureName = model->xFeatureName;
+        if (reader.hasFeature(model->yFeatureName))
+            entry->yFeatureName = model->yFeatureName;
+    }
+    const std::string& color = model->colorFeatureName;
+    if (color.empty() || reader.hasFeature(color) || color.rfind("__density_", 0) == 0)
+        entry->colorFeatureName = color;
+    entry->scaleXMode = model->scaleXMode;
+    entry->scaleYMode = model->scaleYMode;
+    entry->contourMode = model->contourMode;
+    entry->contourFraction1 = model->contourFraction1;
+    entry->contourFraction2 = model->contourFraction2;
+}
+
+// True when every dataset other than the active one and `excluded` has the plot settings that the
+// controls show. Fractions must be exactly equal; NaN never equals anything.
+bool MainWindow::activeMatchesAllPeers(const DatasetEntry* excluded) const
+{
+    const DatasetEntry* active = activeEntry();
+    if (!active)
+        return true;
+    const std::string x = xFeatureCombo->currentData().toString().toStdString();
+    const std::string y = yFeatureCombo->currentData().toString().toStdString();
+    const std::string color = colorFeatureCombo->currentData().toString().toStdString();
+    const int scaleX = xScaleCombo->currentIndex();
+    const int scaleY = yScaleCombo->currentIndex();
+    const int contour = contourCombo->currentIndex();
+    const double fraction1 = innerContourSpinBox->value() / 100.0;
+    const double fraction2 = outerContourSpinBox->value() / 100.0;
+    for (const DatasetEntry* peer : datasetList) {
+        if (peer == active || peer == excluded)
+            continue;
+        if (peer->xFeatureName != x || peer->yFeatureName != y || peer->colorFeatureName != color
+            || peer->scaleXMode != scaleX || peer->scaleYMode != scaleY || peer->contourMode != contour
+            || !(peer->contourFraction1 == fraction1) || !(peer->contourFraction2 == fraction2))
+            return false;
+    }
+    return true;
+}
+
+void MainWindow::startPreload(int row)
+{
+    if (preloadRunning) {
+        pendingPreloadRows.enqueue(row);
+        return;
+    }
+    preloadRunning = true;
+    preloadRow = row;
+    DatasetEntry* entry = datasetList[static_cast<std::size_t>(row)];
+    statusLabel->setText(MainWindowTexts::cachingText.arg(entry->displayName));
+    // The task keeps the reader alive by its own reference, so that closing the program while it
+    // runs can't pull the reader from under it; it touches nothing else.
+    std::shared_ptr<VQDReader> reader = entry->reader;
+    preloadWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [reader] { reader->cacheAllFeatures(); }));
+}
+
+// The order below decides who goes next: queued preloads first, then files of a session being
+// loaded, then files that arrived while a preload ran.
+void MainWindow::onFeaturesLoaded()
+{
+    if (preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
+        datasetList[static_cast<std::size_t>(preloadRow)]->featuresLoaded = true;
+        if (preloadRow == activeDatasetIndex)
+            showActiveDataset();
+    }
+    preloadRow = -1;
+    preloadRunning = false;
+
+    if (!pendingPreloadRows.isEmpty()) {
+        startPreload(pendingPreloadRows.dequeue());
+        return;
+    }
+    if (!pendingSessionFiles.isEmpty()) {
+        const QPair<int, QString> next = pendingSessionFiles.dequeue();
+        const int id = openSessionDataset(next.second);
+        if (id >= 0)
+            sessionIndexToId[next.first] = id;
+        return;
+    }
+    if (!pendingOpenPaths.isEmpty()) {
+        openDataset(pendingOpenPaths.dequeue());
+        return;
+    }
+    if (sessionLoading)
+        finishSessionLoad();
+}
+
+void MainWindow::finishSessionLoad()
+{
+    // All files of the session are in; the session's own settings are applied by the session loader.
+    sessionLoading = false;
+}
+
+void MainWindow::removeDataset()
+{
+    const int row = currentRow();
+    if (row < 0 || row >= static_cast<int>(datasetList.size()))
+        return;
+    if (row == preloadRow) {
+        MessageBoxes::warning(this, MainWindowTexts::cannotRemoveTitle, MainWindowTexts::cannotRemoveText);
+        return;
+    }
+
+    // The list would select a neighbour while the entry is still in place; selection follows below.
+    datasetListWidget->blockSignals(true);
+    delete datasetListWidget->takeItem(row);
+    datasetListWidget->blockSignals(false);
+    DatasetEntry* removed = datasetList[static_cast<std::size_t>(row)];
+    datasetList.erase(datasetList.begin() + row);
+    if (filterDock->dataset() == removed)
+        filterDock->setDataset(nullptr);
+    if (calculationsDock->dataset() == removed)
+        calculationsDock->setDataset(nullptr);
+    delete removed;
+    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
+
+    // Queued preloads refer to rows: those above the removed one move up by one.
+    if (preloadRow > row)
+        --preloadRow;
+    QQueue<int> rows;
+    for (int pending : pendingPreloadRows) {
+        if (pending != row)
+            rows.enqueue(pending > row ? pending - 1 : pending);
+    }
+    pendingPreloadRows = rows;
+
+    if (!datasetList.empty()) {
+        if (row < activeDatasetIndex) {
+            --activeDatasetIndex;
+            datasetListWidget->blockSignals(true);
+            datasetListWidget->setCurrentRow(activeDatasetIndex);
+            datasetListWidget->blockSignals(false);
+        } else if (row == activeDatasetIndex) {
+            activeDatasetIndex = -1;
+            setCurrentRow(std::min(row, static_cast<int>(datasetList.size()) - 1));
+        }
+    } else {
+        activeDatasetIndex = -1;
+        clearDatasetViews();
+        filterDock->setDataset(nullptr);
+        calculationsDock->setDataset(nullptr);
+        statusLabel->setText(MainWindowTexts::noFileText);
+    }
+    updateApplyPlotButton();
+    if (datasetFolderViewActive())
+        rebuildDatasetTree();
+}
+
+void MainWindow::duplicateDataset()
+{
+    const int row = currentRow();
+    if (row < 0 || row >= static_cast<int>(datasetList.size()))
+        return;
+    const DatasetEntry* source = datasetList[static_cast<std::size_t>(row)];
+    if (!source->featuresLoaded)
+        return;
+    saveCurrentDatasetState();
+
+    // The copy shares the reader, so features computed for either show in both. Calculation flags,
+    // compensation and group switches start afresh.
+    auto* copy = new DatasetEntry;
+    copy->id = nextDatasetId++;
+    copy->reader = source->reader;
+    copy->metadata = source->metadata;
+    copy->filePath = source->filePath;
+    copy->displayName = source->displayName + MainWindowTexts::copySuffix;
+    copy->xFeatureName = source->xFeatureName;
+    copy->yFeatureName = source->yFeatureName;
+    copy->colorFeatureName = source->colorFeatureName;
+    copy->currentEventIndex = source->currentEventIndex;
+    copy->filter = source->filter;
+    copy->contourMode = source->contourMode;
+    copy->contourFraction1 = source->contourFraction1;
+    copy->contourFraction2 = source->contourFraction2;
+    copy->scaleXMode = source->scaleXMode;
+    copy->scaleYMode = source->scaleYMode;
+    copy->featuresLoaded = true;
+
+    datasetList.push_back(copy);
+    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
+    addDatasetRow(copy);
+    rebuildDatasetTree();
+    setCurrentRow(static_cast<int>(datasetList.size()) - 1);
+    updateApplyPlotButton();
+}
+
+void MainWindow::clearSession()
+{
+    if (datasetList.empty() && combinePlotWindows.isEmpty() && statisticalEvaluationWindows.isEmpty())
+        return;
+    if (!sessionLoading) {
+        const auto answer = MessageBoxes::question(this, MainWindowTexts::clearSessionTitle,
+            MainWindowTexts::clearSessionText, QMessageBox::Ok | QMessageBox::Cancel, QMessageBox::Cancel);
+        if (answer != QMessageBox::Ok)
+            return;
+    }
+    // The running task uses a reader that is about to go; files waiting to be opened are dropped
+    // with the session they were meant for.
+    if (preloadRunning) {
+        preloadWatcher->waitForFinished();
+        preloadRunning = false;
+        preloadRow = -1;
+    }
+    pendingPreloadRows.clear();
+    pendingOpenPaths.clear();
+
+    deleteToolWindows();
+
+    activeDatasetIndex = -1;
+    filterDock->setDataset(nullptr);
+    calculationsDock->setDataset(nullptr);
+
+    datasetListWidget->blockSignals(true);
+    for (DatasetEntry* entry : datasetList)
+        delete entry;
+    datasetList.clear();
+    datasetListWidget->clear();
+    datasetListWidget->blockSignals(false);
+    treeSelectionUpdating = true;
+    datasetTreeWidget->clear();
+    treeSelectionUpdating = false;
+    filterDock->setDatasetCount(0);
+
+    // Group ids start again; dataset ids never do.
+    for (FilterGroup* group : groups)
+        delete group;
+    groups.clear();
+    nextGroupId = 0;
+
+    clearDatasetViews();
+    statusLabel->setText(MainWindowTexts::noFileText);
+    updateApplyPlotButton();
+}
+
+// Empties every view of a dataset and disables the controls that need one.
+void MainWindow::clearDatasetViews()
+{
+    scatterPlot->clearData();
+    tracePlot->clearTraces();
+    eventTable->setRowCount(0);
+    statisticsDock->clearStatistics();
+    metadataTree->clear();
+    for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo }) {
+        combo->blockSignals(true);
+        combo->clear();
+        combo->blockSignals(false);
+    }
+    eventSpinBox->blockSignals(true);
+    eventSpinBox->setRange(0, 0);
+    eventSpinBox->blockSignals(false);
+    eventSpinBox->setEnabled(false);
+    renameEdit->clear();
+    renameEdit->setEnabled(false);
+    visibleIndices.clear();
+    filterReducedPlot = false;
+}
+
+void MainWindow::addDatasetRow(const DatasetEntry* entry)
+{
+    auto* item = new QListWidgetItem(datasetLabelHtml(entry));
+    item->setData(Qt::UserRole, entry->id);
+    item->setToolTip(QString::fromStdString(entry->filePath));
+    datasetListWidget->blockSignals(true);
+    datasetListWidget->addItem(item);
+    datasetListWidget->blockSignals(false);
+}
+
+void MainWindow::rebuildDatasetTree()
+{
+    if (!datasetFolderViewActive())
+        return;
+    treeSelectionUpdating = true;
+    datasetTreeWidget->clear();
+    for (const DatasetEntry* entry : datasetList) {
+        auto* item = new QTreeWidgetItem(datasetTreeWidget);
+        item->setText(0, datasetLabelHtml(entry));
+        item->setData(0, Qt::UserRole, entry->id);
+        item->setToolTip(0, QString::fromStdString(entry->filePath));
+        if (entry == activeEntry())
+            datasetTreeWidget->setCurrentItem(item);
+    }
+    treeSelectionUpdating = false;
+}
+
+int MainWindow::currentRow() const
+{
+    return datasetListWidget->currentRow();
+}
+
+// Making a row current selects its dataset through the list's signal.
+void MainWindow::setCurrentRow(int row)
+{
+    if (datasetListWidget->currentRow() == row)
+        onDatasetSelected(row);
+    else
+        datasetListWidget->setCurrentRow(row);
+}
+
+QString MainWindow::datasetLabelHtml(const DatasetEntry* entry) const
+{
+    QStringList parts;
+    bool ok = false;
+    const double flowRate = metadataValue(entry->metadata.setup, "flow rate").toDouble(&ok);
+    if (ok)
+        parts << QStringLiteral("%1 µL/s").arg(flowRate, 0, 'g', 4);
+    if (metadataValue(entry->metadata.setup, "chip region") == QLatin1String("reservoir"))
+        parts.prepend(QStringLiteral("Reservoir"));
+    const QString runIndex = metadataValue(entry->metadata.experiment, "run index");
+    if (!runIndex.isEmpty())
+        parts << QStringLiteral("#%1").arg(runIndex);
+    parts << QStringLiteral("%1 events").arg(entry->reader->eventCount());
+    return QStringLiteral("<b>%1</b> (%2)").arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")));
+}
+
+} // namespace Tessaly
