@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include "io/Hdf5Filters.h"
+
+#include <H5Cpp.h>
+
 #include <QByteArray>
+#include <QStandardPaths>
 
 // Widget tests share one application object. It is a SafeApplication, so that tests of the
 // exception guard exercise the real notify(). The offscreen platform needs no display.
@@ -11,6 +16,12 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", QByteArray("offscreen"));
     ::testing::InitGoogleTest(&argc, argv);
+    // Settings of the tests live apart from a user's own (QStandardPaths' test locations).
+    QStandardPaths::setTestModeEnabled(true);
+    H5::Exception::dontPrint();
+    Tessaly::registerHdf5Filters();
     Tessaly::SafeApplication app(argc, argv);
+    app.setOrganizationName(QStringLiteral("Tessaly"));
+    app.setApplicationName(QStringLiteral("Tessaly"));
     return RUN_ALL_TESTS();
 }

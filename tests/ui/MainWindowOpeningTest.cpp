@@ -1,0 +1,220 @@
+#include "MainWindowFixture.h"
+
+#include "io/Hdf5Mutex.h"
+#include "support/FixtureWriter.h"
+
+#include <QLabel>
+#include <QListWidget>
+#include <QTest>
+
+#include <mutex>
+
+using namespace Tessaly;
+using Tessaly::Testing::MainWindowFixture;
+
+using MainWindowOpening = MainWindowFixture;
+
+TEST_F(MainWindowOpening, PathsSortFolderByFolderIgnoringCase)
+{
+    MainWindow& w = makeWindow();
+    const QString root = folder.path();
+    writeDataset("B/z.VQD", "z");
+    writeDataset("a-b/y.vqd", "y");
+    writeDataset("a/x.vqd", "x");
+    writeDataset("a/sub/w.vqd", "w");
+    writeTextFile("a/notes.txt");
+    drop({ QUrl::fromLocalFile(root) });
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_TRUE(messages.empty());
+    const std::vector<std::string> expected = { (root + "/a/sub/w.vqd").toStdString(),
+        (root + "/a/x.vqd").toStdString(), (root + "/a-b/y.vqd").toStdString(), (root + "/B/z.VQD").toStdString() };
+    ASSERT_EQ(datasetPaths(), expected);
+    // The last file opened is the current row at the end, and the list shows every dataset.
+    auto* list = w.findChild<QListWidget*>("datasetList");
+    EXPECT_EQ(list->count(), 4);
+    EXPECT_EQ(list->currentRow(), 3);
+    EXPECT_EQ(w.activeDatasetId(), w.datasets().back()->id);
+}
+
+TEST_F(MainWindowOpening, DropsWithoutMeasurementFilesAreRefusedOnce)
+{
+    makeWindow();
+    const QString text = writeTextFile("readme.txt");
+    drop({ QUrl::fromLocalFile(text) });
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].title, "Invalid File");
+    EXPECT_EQ(messages[0].text, "Please drop .vqd file(s) or folders containing them.");
+
+    // Beside a measurement file the text file is passed over without a word.
+    messages.clear();
+    drop({ QUrl::fromLocalFile(text), QUrl::fromLocalFile(writeDataset("CAPS.VQD")) });
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(window->datasets().size(), 1u);
+}
+
+TEST_F(MainWindowOpening, UnreadableAndForeignFilesAreTurnedAway)
+{
+    MainWindow& w = makeWindow();
+    const QString broken = writeTextFile("broken.vqd", "not HDF5 at all");
+    w.openDataset(broken);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].kind, MessageBoxes::Kind::Critical);
+    EXPECT_EQ(messages[0].title, "Error");
+    EXPECT_EQ(messages[0].text, "Failed to open: " + broken);
+
+    // Two foreign files: one warning for the whole run.
+    messages.clear();
+    drop({ QUrl::fromLocalFile(writeForeignFile("f1.vqd")), QUrl::fromLocalFile(writeForeignFile("f2.vqd")) });
+    w.openDataset(writeForeignFile("f3.vqd"));
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].title, "Unsupported Data");
+    EXPECT_EQ(messages[0].text,
+        "The data does not seem to originate from a ORVANE INSTRUMENTS Vortiq.\n"
+        "Tessaly is not designed to handle this data.");
+    EXPECT_TRUE(w.datasets().empty());
+
+    // The ids of refused files are spent.
+    w.openDataset(writeDataset("good.vqd"));
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_GT(w.datasets().front()->id, 0);
+}
+
+TEST_F(MainWindowOpening, NameComesFromTheMetadataOrTheFile)
+{
+    MainWindow& w = makeWindow();
+    w.openDataset(writeDataset("named.vqd", "Control <A>"));
+    const QString unnamed = writeDataset("unnamed.vqd", "");
+    const QString renamed = folder.filePath("renamed.vqd");
+    Tessaly::Testing::FixtureWriter(renamed.toStdString())
+        .column<double>("deform", { 0.1 })
+        .stringAttribute("setup:module composition", "Vortiq")
+        .stringAttribute("experiment:sample", "Original")
+        .stringAttribute("export:changed sample name", "Renamed")
+        .close();
+    w.openDataset(unnamed);
+    w.openDataset(renamed);
+    ASSERT_TRUE(waitUntilIdle());
+    ASSERT_EQ(w.datasets().size(), 3u);
+    EXPECT_EQ(w.datasets()[0]->displayName, "Control <A>");
+    EXPECT_EQ(w.datasets()[1]->displayName, "unnamed.vqd");
+    EXPECT_EQ(w.datasets()[2]->displayName, "Renamed");
+    // The active dataset is shown once loaded.
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Loaded: Renamed (1 events)");
+}
+
+TEST_F(MainWindowOpening, AFileIsOpenedOnceAndArrivalsDuringAPreloadWait)
+{
+    MainWindow& w = makeWindow();
+    const QString first = writeDataset("first.vqd", "First");
+    const QString second = writeDataset("second.vqd", "Second");
+    {
+        // Holding the library lock keeps the preload from finishing.
+        std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
+        w.openDataset(first);
+        EXPECT_TRUE(w.isPreloadRunning());
+        EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Loading: First...");
+        w.openDataset(second);
+        w.openDataset(first);
+        EXPECT_EQ(w.datasets().size(), 1u);
+    }
+    ASSERT_TRUE(waitUntilIdle());
+    ASSERT_EQ(w.datasets().size(), 2u);
+    EXPECT_EQ(w.datasets()[1]->displayName, "Second");
+
+    // Opening a loaded file again only selects its row.
+    w.openDataset(first);
+    EXPECT_EQ(w.datasets().size(), 2u);
+    EXPECT_EQ(w.activeDatasetId(), w.datasets()[0]->id);
+    EXPECT_EQ(w.findChild<QListWidget*>("datasetList")->currentRow(), 0);
+}
+
+TEST_F(MainWindowOpening, TheLoadingRowCannotBeRemovedOthersCan)
+{
+    MainWindow& w = makeWindow();
+    w.openDataset(writeDataset("ready.vqd", "Ready"));
+    ASSERT_TRUE(waitUntilIdle());
+    auto* list = w.findChild<QListWidget*>("datasetList");
+    {
+        std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
+        w.openDataset(writeDataset("loading.vqd", "Loading"));
+        ASSERT_EQ(list->currentRow(), 1);
+        w.removeDataset();
+        ASSERT_EQ(messages.size(), 1u);
+        EXPECT_EQ(messages[0].title, "Cannot Remove");
+        EXPECT_EQ(messages[0].text, "This dataset is still loading.");
+        EXPECT_EQ(w.datasets().size(), 2u);
+
+        // Removing the row before it moves the preload's row with it.
+        list->setCurrentRow(0);
+        w.removeDataset();
+        ASSERT_EQ(w.datasets().size(), 1u);
+    }
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_TRUE(w.datasets()[0]->featuresLoaded);
+    EXPECT_EQ(w.datasets()[0]->displayName, "Loading");
+    EXPECT_EQ(list->count(), 1);
+
+    w.removeDataset();
+    EXPECT_TRUE(w.datasets().empty());
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "No file loaded.");
+}
+
+TEST_F(MainWindowOpening, DuplicatesShareTheReaderButNotTheName)
+{
+    MainWindow& w = makeWindow();
+    {
+        std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
+        w.openDataset(writeDataset("source.vqd", "Source"));
+        // Not loaded yet: nothing to duplicate.
+        w.duplicateDataset();
+        EXPECT_EQ(w.datasets().size(), 1u);
+    }
+    ASSERT_TRUE(waitUntilIdle());
+    w.datasets()[0]->filter.setCombineMode(1);
+    w.duplicateDataset();
+    ASSERT_EQ(w.datasets().size(), 2u);
+    const DatasetEntry* source = w.datasets()[0];
+    const DatasetEntry* copy = w.datasets()[1];
+    EXPECT_EQ(copy->reader, source->reader);
+    EXPECT_NE(copy->id, source->id);
+    EXPECT_EQ(copy->displayName, "Source (copy)");
+    EXPECT_EQ(copy->filter.combineMode(), 1);
+    EXPECT_TRUE(copy->featuresLoaded);
+    EXPECT_EQ(w.activeDatasetId(), copy->id);
+
+    // A feature computed for one shows in both.
+    source->reader->setFeature("computed", std::vector<double>(120, 1.0));
+    EXPECT_TRUE(copy->reader->hasFeature("computed"));
+
+    // Removing the source leaves the copy's reader open.
+    w.findChild<QListWidget*>("datasetList")->setCurrentRow(0);
+    w.removeDataset();
+    ASSERT_EQ(w.datasets().size(), 1u);
+    EXPECT_TRUE(w.datasets()[0]->reader->isOpen());
+    EXPECT_EQ(w.datasets()[0]->reader->getFeature("deform").size(), 120u);
+}
+
+TEST_F(MainWindowOpening, NewDatasetsFollowPeersThatAgree)
+{
+    MainWindow& w = makeWindow();
+    w.openDataset(writeDataset("a.vqd", "A"));
+    w.openDataset(writeDataset("b.vqd", "B"));
+    ASSERT_TRUE(waitUntilIdle());
+    for (DatasetEntry* entry : w.datasets()) {
+        entry->filter.setEnabled(false);
+        FilterRule shared;
+        shared.featureName = "deform";
+        shared.maxValue = 0.05;
+        shared.propagationId = "shared-rule";
+        entry->filter.addRule(shared);
+    }
+    w.openDataset(writeDataset("c.vqd", "C"));
+    ASSERT_TRUE(waitUntilIdle());
+    const DatasetEntry* added = w.datasets().back();
+    EXPECT_FALSE(added->filter.isEnabled());
+    ASSERT_EQ(added->filter.ruleCount(), 1);
+    EXPECT_EQ(added->filter.rules()[0].propagationId, "shared-rule");
+    EXPECT_EQ(added->xFeatureName, "area_um");
+    EXPECT_EQ(added->yFeatureName, "deform");
+}
