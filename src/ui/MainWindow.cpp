@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QSettings>
 #include <QSpinBox>
+#include <QSplitter>
 #include <QStackedWidget>
 
 #include <algorithm>
@@ -160,6 +161,16 @@ void MainWindow::closeEvent(QCloseEvent* event)
 {
     deleteToolWindows();
     QMainWindow::closeEvent(event);
+}
+
+// The splitter distributes sizes only once it has a width of its own, at the first showing.
+void MainWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    if (!plotSplitterSized) {
+        plotSplitterSized = true;
+        plotSplitter->setSizes({ 600, 260 });
+    }
 }
 
 void MainWindow::deleteToolWindows()

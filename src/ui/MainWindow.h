@@ -24,6 +24,7 @@ class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSpinBox;
+class QSplitter;
 class QStackedWidget;
 class QTabWidget;
 class QTableWidget;
@@ -145,6 +146,7 @@ public Q_SLOTS:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -249,6 +251,8 @@ private:
     QCheckBox* isoelasticLabelsCheckBox = nullptr;
     QPushButton* applyPlotSettingsButton = nullptr;
     QSpinBox* eventSpinBox = nullptr;
+    QSplitter* plotSplitter = nullptr;
+    bool plotSplitterSized = false;
     ScatterPlot* scatterPlot = nullptr;
     QTabWidget* eventTabs = nullptr;
     QWidget* imageViewer = nullptr;

@@ -187,6 +187,7 @@ QWidget* MainWindow::createCentralPanel()
     layout->addLayout(eventRow);
 
     auto* splitter = new QSplitter(Qt::Horizontal, central);
+    plotSplitter = splitter;
     scatterPlot = new ScatterPlot(splitter);
     scatterPlot->setObjectName(QStringLiteral("scatterPlot"));
     eventTabs = new QTabWidget(splitter);
@@ -215,7 +216,6 @@ QWidget* MainWindow::createCentralPanel()
     splitter->addWidget(eventTabs);
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 0);
-    splitter->setSizes({ 600, 260 });
     layout->addWidget(splitter, 1);
     return central;
 }
