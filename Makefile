@@ -24,8 +24,9 @@ test: build
 	@cd $(BUILD_DIR) && QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS) --timeout 600
 
 bench: configure
-	@cmake --build $(BUILD_DIR) -j $(JOBS) --target tessaly_benchmarks
+	@cmake --build $(BUILD_DIR) -j $(JOBS) --target tessaly_benchmarks tessaly_gui_benchmarks
 	@$(BUILD_DIR)/bench/tessaly_benchmarks
+	@$(BUILD_DIR)/bench/tessaly_gui_benchmarks
 
 clean:
 	@rm -rf $(BUILD_DIR)

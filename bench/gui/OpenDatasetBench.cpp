@@ -1,0 +1,57 @@
+// Opening a measurement file in the main window: the time until its row shows (openDataset
+// returns) and until the background preload has cached every column.
+#include "ExampleEvents.h"
+#include "ExampleFileWriter.h"
+#include "core/DatasetEntry.h"
+#include "ui/MainWindow.h"
+#include "ui/MessageBoxes.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+
+#include <map>
+
+namespace {
+
+QString exampleFile(std::size_t events)
+{
+    static QTemporaryDir dir;
+    static std::map<std::size_t, QString> files;
+    auto& path = files[events];
+    if (path.isEmpty()) {
+        path = dir.filePath(QStringLiteral("events_%1.vqd").arg(events));
+        Tessaly::ExampleData::ExampleSettings settings;
+        settings.eventCount = events;
+        Tessaly::ExampleData::WriteOptions options;
+        options.images = options.traces = false;
+        Tessaly::ExampleData::writeExampleFile(
+            path.toStdString(), settings, Tessaly::ExampleData::generateEvents(settings), options);
+    }
+    return path;
+}
+
+void openUntilLoaded(benchmark::State& state)
+{
+    const QString path = exampleFile(static_cast<std::size_t>(state.range(0)));
+    double rowShownMs = 0;
+    for (auto _ : state) {
+        Tessaly::MainWindow window;
+        QElapsedTimer clock;
+        clock.start();
+        window.openDataset(path);
+        rowShownMs += clock.nsecsElapsed() / 1e6;
+        while (window.isPreloadRunning())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+        state.SetIterationTime(clock.nsecsElapsed() / 1e9);
+        if (window.datasets().empty() || !window.datasets().front()->featuresLoaded)
+            state.SkipWithError("the dataset did not load");
+    }
+    state.counters["rowShown_ms"] = rowShownMs / static_cast<double>(state.iterations());
+}
+
+} // namespace
+
+BENCHMARK(openUntilLoaded)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
