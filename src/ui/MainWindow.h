@@ -97,7 +97,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // the docks and the tool windows. Its definitions are split by concern over several files:
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
-// MainWindowPlot.cpp (showing the active dataset).
+// MainWindowDatasetList.cpp (the list and folder views) and MainWindowPlot.cpp (showing the active
+// dataset).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -156,6 +157,9 @@ private Q_SLOTS:
     void onDatasetViewModeChanged(int mode);
     void onDatasetDepthChanged(int depth);
     void onCheckOnStartupToggled(bool checked);
+    void onRenameFinished();
+    void onDatasetContextMenu(const QPoint& position);
+    void onTreeReorderRequested(int sourceId, int targetId, bool after);
 
 private:
     // Construction, by concern.
@@ -171,7 +175,10 @@ private:
     void inheritPeerSettings(DatasetEntry* entry);
     bool activeMatchesAllPeers(const DatasetEntry* excluded) const;
     void addDatasetRow(const DatasetEntry* entry);
+    void rebuildDatasetList();
     void rebuildDatasetTree();
+    void moveDataset(int fromRow, int toRow);
+    int rowOf(const DatasetEntry* entry) const;
     void setCurrentRow(int row);
     int currentRow() const;
     void clearDatasetViews();

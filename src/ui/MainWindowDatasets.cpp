@@ -7,6 +7,7 @@
 #include "plot/TracePlot.h"
 #include "ui/CalculationsDockWidget.h"
 #include "ui/DatasetListWidget.h"
+#include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
 #include "ui/MessageBoxes.h"
@@ -41,11 +42,6 @@ bool hasVqdSuffix(const QString& path)
     return path.endsWith(QStringLiteral(".vqd"), Qt::CaseInsensitive);
 }
 
-QString metadataValue(const std::map<std::string, std::string>& section, const char* key)
-{
-    const auto it = section.find(key);
-    return it == section.end() ? QString() : QString::fromStdString(it->second);
-}
 
 } // namespace
 
@@ -122,12 +118,8 @@ void MainWindow::openDataset(const QString& path)
         return;
     }
 
-    QString name = metadataValue(entry->metadata.export_, "changed sample name");
-    if (name.isEmpty())
-        name = metadataValue(entry->metadata.experiment, "sample");
-    if (name.isEmpty())
-        name = QFileInfo(path).fileName();
-    entry->displayName = name;
+    const QString changedName = metadataText(entry->metadata.export_, "changed sample name");
+    entry->displayName = changedName.isEmpty() ? sampleOrFileName(*entry) : changedName;
 
     DatasetEntry* added = entry.release();
     datasetList.push_back(added);
@@ -467,33 +459,6 @@ void MainWindow::clearDatasetViews()
     filterReducedPlot = false;
 }
 
-void MainWindow::addDatasetRow(const DatasetEntry* entry)
-{
-    auto* item = new QListWidgetItem(datasetLabelHtml(entry));
-    item->setData(Qt::UserRole, entry->id);
-    item->setToolTip(QString::fromStdString(entry->filePath));
-    datasetListWidget->blockSignals(true);
-    datasetListWidget->addItem(item);
-    datasetListWidget->blockSignals(false);
-}
-
-void MainWindow::rebuildDatasetTree()
-{
-    if (!datasetFolderViewActive())
-        return;
-    treeSelectionUpdating = true;
-    datasetTreeWidget->clear();
-    for (const DatasetEntry* entry : datasetList) {
-        auto* item = new QTreeWidgetItem(datasetTreeWidget);
-        item->setText(0, datasetLabelHtml(entry));
-        item->setData(0, Qt::UserRole, entry->id);
-        item->setToolTip(0, QString::fromStdString(entry->filePath));
-        if (entry == activeEntry())
-            datasetTreeWidget->setCurrentItem(item);
-    }
-    treeSelectionUpdating = false;
-}
-
 int MainWindow::currentRow() const
 {
     return datasetListWidget->currentRow();
@@ -506,22 +471,6 @@ void MainWindow::setCurrentRow(int row)
         onDatasetSelected(row);
     else
         datasetListWidget->setCurrentRow(row);
-}
-
-QString MainWindow::datasetLabelHtml(const DatasetEntry* entry) const
-{
-    QStringList parts;
-    bool ok = false;
-    const double flowRate = metadataValue(entry->metadata.setup, "flow rate").toDouble(&ok);
-    if (ok)
-        parts << QStringLiteral("%1 µL/s").arg(flowRate, 0, 'g', 4);
-    if (metadataValue(entry->metadata.setup, "chip region") == QLatin1String("reservoir"))
-        parts.prepend(QStringLiteral("Reservoir"));
-    const QString runIndex = metadataValue(entry->metadata.experiment, "run index");
-    if (!runIndex.isEmpty())
-        parts << QStringLiteral("#%1").arg(runIndex);
-    parts << QStringLiteral("%1 events").arg(entry->reader->eventCount());
-    return QStringLiteral("<b>%1</b> (%2)").arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")));
 }
 
 } // namespace Tessaly

@@ -362,6 +362,12 @@ void MainWindow::connectSignals()
             onDatasetSelected(static_cast<int>(row));
     });
     connect(filterDock, &FilterDockWidget::filterChanged, this, &MainWindow::onFilterChanged);
+    connect(renameEdit, &QLineEdit::editingFinished, this, &MainWindow::onRenameFinished);
+    connect(datasetListWidget, &QWidget::customContextMenuRequested, this, &MainWindow::onDatasetContextMenu);
+    connect(datasetTreeWidget, &QWidget::customContextMenuRequested, this, &MainWindow::onDatasetContextMenu);
+    connect(datasetListWidget, &DatasetListWidget::internalReorderRequested, this, &MainWindow::moveDataset);
+    connect(datasetTreeWidget, &DatasetTreeWidget::internalReorderRequested, this,
+        &MainWindow::onTreeReorderRequested);
 
     // A dock of the tabbed place that comes into view repaints the plot once the layout has
     // settled; the metadata tree is filled only when it is seen, so a hidden tab costs nothing.

@@ -8,6 +8,7 @@
 #include "plot/TracePlot.h"
 #include "ui/CalculationsDockWidget.h"
 #include "ui/DatasetListWidget.h"
+#include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
 #include "ui/StatisticsDockWidget.h"
@@ -194,19 +195,7 @@ void MainWindow::updatePlotStatus()
     const auto total = static_cast<qulonglong>(entry->reader->eventCount());
     const auto shown = filterReducedPlot ? static_cast<qulonglong>(visibleIndices.size()) : total;
 
-    QStringList parts;
-    const auto& setup = entry->metadata.setup;
-    const auto flow = setup.find("flow rate");
-    bool ok = false;
-    const double flowRate = flow == setup.end() ? 0.0 : QString::fromStdString(flow->second).toDouble(&ok);
-    if (ok)
-        parts << QStringLiteral("%1 µL/s").arg(flowRate, 0, 'g', 4);
-    const auto region = setup.find("chip region");
-    if (region != setup.end() && region->second == "reservoir")
-        parts << QStringLiteral("Reservoir");
-    const auto run = entry->metadata.experiment.find("run index");
-    if (run != entry->metadata.experiment.end() && !run->second.empty())
-        parts << QStringLiteral("#%1").arg(QString::fromStdString(run->second));
+    QStringList parts = datasetDetails(*entry, false);
     if (filterReducedPlot) {
         const double percent = total > 0 ? 100.0 * static_cast<double>(shown) / static_cast<double>(total) : 0.0;
         parts << QStringLiteral("%1/%2 events shown (%3% pass filter)").arg(shown).arg(total).arg(percent, 0, 'f', 1);
