@@ -12,6 +12,10 @@ using Tessaly::Testing::MessageCapture;
 
 namespace {
 
+// Every axis of the program uses these parameters.
+constexpr double axisThreshold = 100.0;
+constexpr double axisLinearRange = 0.5;
+
 QList<double> majorTicks(const QwtScaleDiv& div)
 {
     return div.ticks(QwtScaleDiv::MajorTick);
@@ -21,57 +25,47 @@ QList<double> minorTicks(const QwtScaleDiv& div)
     return div.ticks(QwtScaleDiv::MinorTick);
 }
 
-// Every axis of the program uses these parameters.
-constexpr double axisThreshold = 100.0;
-constexpr double axisLinearRange = 0.5;
-
 } // namespace
 
-// Tick lists below are worked out by hand from the decade ladder: from a lower bound v the next
-// rung is 10^(floor(log10 v) + 1) for v > 0, -10^(floor(log10 -v) - 1) for v < 0 and 1 for v = 0,
-// rounded; rungs with |n| >= 100 below the upper bound are ticks, and so is zero.
-
-TEST(PseudoLogScaleEngine, PositiveIntervalShowsTheBoundsAndTheDecadesFromTheThreshold)
+// Tick lists are worked out by hand from the decade ladder: from v the next rung is
+// 10^(floor(log10 v) + 1) for v > 0, -10^(floor(log10 -v) - 1) for v < 0 and 1 for v = 0, rounded;
+// rungs with |n| >= 100 below the upper bound are ticks, and so is zero. The ladder starts at the
+// bounds aligned to the step, which are ticks too until stripped to the interval.
+TEST(PseudoLogScaleEngine, MajorTicksFollowTheDecadeLadder)
 {
+    struct Case
+    {
+        double x1, x2, step;
+        QList<double> ticks;
+    };
+    const Case cases[] = {
+        // 0 -> 1 -> 10 -> 100 -> 1000 -> 10000 (stop); 1 and 10 lie in the linear region.
+        { 0.0, 5000.0, 1000.0, { 0.0, 100.0, 1000.0, 5000.0 } },
+        // Without a step, 5000 / 8 = 625 rounds up to 1000: the same ticks.
+        { 0.0, 5000.0, 0.0, { 0.0, 100.0, 1000.0, 5000.0 } },
+        // Aligned to [0, 5000]; the aligned bounds lie outside [30, 4500] and are stripped.
+        { 30.0, 4500.0, 1000.0, { 100.0, 1000.0 } },
+        // -5000 -> -100 (the decade -1000 is skipped) -> -10 -> -1 -> -0.1, rounded to 0 -> 1 ...
+        { -5000.0, 5000.0, 1000.0, { -5000.0, -100.0, 0.0, 100.0, 1000.0, 5000.0 } },
+        // 10000 / 8 = 1250 rounds to the step 2000: the ladder runs from -6000 to 6000, stripped.
+        { -5000.0, 5000.0, 0.0, { -100.0, 0.0, 100.0, 1000.0 } },
+    };
     const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
-    // Ladder 0 -> 1 -> 10 -> 100 -> 1000 -> 10000 (stop): 1 and 10 lie inside the linear region.
-    EXPECT_EQ(majorTicks(engine.divideScale(0.0, 5000.0, 8, 0, 1000.0)),
-        (QList<double> { 0.0, 100.0, 1000.0, 5000.0 }));
-    // Without a step, 5000 / 8 = 625 is rounded up to the step 1000: the same ticks.
-    const QwtScaleDiv div = engine.divideScale(0.0, 5000.0, 8, 0);
-    EXPECT_EQ(majorTicks(div), (QList<double> { 0.0, 100.0, 1000.0, 5000.0 }));
-    EXPECT_EQ(div.lowerBound(), 0.0);
-    EXPECT_EQ(div.upperBound(), 5000.0);
-    EXPECT_TRUE(minorTicks(div).isEmpty());
-    EXPECT_TRUE(div.ticks(QwtScaleDiv::MediumTick).isEmpty());
-}
+    for (const Case& c : cases) {
+        const QwtScaleDiv div = engine.divideScale(c.x1, c.x2, 8, 0, c.step);
+        EXPECT_EQ(majorTicks(div), c.ticks) << c.x1 << " " << c.x2 << " " << c.step;
+        EXPECT_EQ(div.lowerBound(), c.x1);
+        EXPECT_EQ(div.upperBound(), c.x2);
+        EXPECT_TRUE(minorTicks(div).isEmpty());
+    }
 
-TEST(PseudoLogScaleEngine, TicksOutsideTheIntervalAreStripped)
-{
-    // [30, 4500] is aligned to [0, 5000] for the ladder, giving 0, 100, 1000, 5000; the aligned
-    // bounds lie outside the interval and go, the interval itself stays the division's range.
-    const QwtScaleDiv div
-        = PseudoLogScaleEngine(axisThreshold, axisLinearRange).divideScale(30.0, 4500.0, 8, 0, 1000.0);
-    EXPECT_EQ(majorTicks(div), (QList<double> { 100.0, 1000.0 }));
-    EXPECT_EQ(div.lowerBound(), 30.0);
-    EXPECT_EQ(div.upperBound(), 4500.0);
-}
-
-TEST(PseudoLogScaleEngine, SymmetricIntervalCrossesZeroOnTheLadder)
-{
-    const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
-    // Step 1000 keeps the bounds: -5000 -> -100 (the decade -1000 is skipped) -> -10 -> -1 -> -0.1,
-    // which rounds to zero -> 1 -> 10 -> 100 -> 1000 -> 10000 (stop).
-    const QList<double> ticks = majorTicks(engine.divideScale(-5000.0, 5000.0, 8, 0, 1000.0));
-    EXPECT_EQ(ticks, (QList<double> { -5000.0, -100.0, 0.0, 100.0, 1000.0, 5000.0 }));
-    // The zero comes from rounding -0.1; it must be a plain zero, not -0, or it is labelled "-0".
-    ASSERT_EQ(ticks.size(), 6);
-    EXPECT_FALSE(std::signbit(ticks[2]));
-
-    // With the default of 8 steps, 10000 / 8 = 1250 is rounded to the step 2000, the ladder runs
-    // from -6000 to 6000, and its bounds are stripped.
-    EXPECT_EQ(majorTicks(engine.divideScale(-5000.0, 5000.0, 8, 0)),
-        (QList<double> { -100.0, 0.0, 100.0, 1000.0 }));
+    // Reversed bounds give the inverted division of the same ticks.
+    const QwtScaleDiv reversed = engine.divideScale(5000.0, 0.0, 8, 0, -1000.0);
+    EXPECT_EQ(reversed.lowerBound(), 5000.0);
+    EXPECT_EQ(reversed.upperBound(), 0.0);
+    QList<double> ticks = majorTicks(reversed);
+    std::sort(ticks.begin(), ticks.end());
+    EXPECT_EQ(ticks, (QList<double> { 0.0, 100.0, 1000.0, 5000.0 }));
 }
 
 TEST(PseudoLogScaleEngine, MinorTicksStepByTheDecadeOfTheMajorTickBefore)
@@ -95,135 +89,74 @@ TEST(PseudoLogScaleEngine, MinorTicksStepByTheDecadeOfTheMajorTickBefore)
             1000 }));
 }
 
-TEST(PseudoLogScaleEngine, TicksNearZeroAreSnappedToZero)
-{
-    // Majors -1, 0, 1 with step 0.5. From -1 the minor increment is 10^(0 - 1) = 0.1; ten additions
-    // of 0.1 to -1 end at -1.39e-16 (computed with Python floats), not at 0. That is within
-    // 0.5 * 1e-6 of zero and becomes exactly 0.
-    const QwtScaleDiv div
-        = PseudoLogScaleEngine(axisThreshold, axisLinearRange).divideScale(-1.0, 1.0, 8, 5, 0.5);
-    EXPECT_EQ(majorTicks(div), (QList<double> { -1.0, 0.0, 1.0 }));
-    const QList<double> minor = minorTicks(div);
-    ASSERT_EQ(minor.size(), 10);
-    EXPECT_NEAR(minor.front(), -0.9, 1e-12);
-    EXPECT_NEAR(minor[8], -0.1, 1e-12);
-    EXPECT_EQ(minor.back(), 0.0);
-    EXPECT_FALSE(std::signbit(minor.back()));
-    EXPECT_FALSE(std::signbit(majorTicks(div)[1]));
-}
-
-TEST(PseudoLogScaleEngine, ReversedBoundsGiveAnInvertedDivision)
-{
-    const QwtScaleDiv div
-        = PseudoLogScaleEngine(axisThreshold, axisLinearRange).divideScale(5000.0, 0.0, 8, 0, -1000.0);
-    EXPECT_EQ(div.lowerBound(), 5000.0);
-    EXPECT_EQ(div.upperBound(), 0.0);
-    QList<double> ticks = majorTicks(div);
-    std::sort(ticks.begin(), ticks.end());
-    EXPECT_EQ(ticks, (QList<double> { 0.0, 100.0, 1000.0, 5000.0 }));
-}
-
-TEST(PseudoLogScaleEngine, ZeroWidthIsWidenedByAutoScaleOnly)
+TEST(PseudoLogScaleEngine, TicksNearZeroBecomeExactlyZero)
 {
     const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
-    // divideScale has nothing to divide.
-    const QwtScaleDiv empty = engine.divideScale(1000.0, 1000.0, 8, 5);
-    EXPECT_TRUE(empty.isEmpty());
-    EXPECT_TRUE(majorTicks(empty).isEmpty());
+    // The ladder's zero comes from rounding -0.1, which gives -0; it must be labelled "0", not "-0".
+    const QList<double> major = majorTicks(engine.divideScale(-5000.0, 5000.0, 8, 0, 1000.0));
+    ASSERT_EQ(major.size(), 6);
+    EXPECT_FALSE(std::signbit(major[2]));
 
-    // autoScale widens 1000 by half its value to [500, 1500]; 1000 / 8 = 125 rounds to the step 200,
-    // and the bounds are aligned outward to 400 and 1600. The ladder from 400 reaches 1000.
-    double x1 = 1000.0;
-    double x2 = 1000.0;
-    double step = 0.0;
-    engine.autoScale(8, x1, x2, step);
-    EXPECT_DOUBLE_EQ(x1, 400.0);
-    EXPECT_DOUBLE_EQ(x2, 1600.0);
-    EXPECT_DOUBLE_EQ(step, 200.0);
-    EXPECT_EQ(majorTicks(engine.divideScale(x1, x2, 8, 0, step)), (QList<double> { 400.0, 1000.0, 1600.0 }));
-
-    // Zero is widened by 0.5 to [-0.5, 0.5]; 1 / 8 = 0.125 rounds to 0.2; aligned to ±3 * 0.2.
-    x1 = x2 = 0.0;
-    engine.autoScale(8, x1, x2, step);
-    EXPECT_DOUBLE_EQ(x1, -0.6);
-    EXPECT_DOUBLE_EQ(x2, 0.6);
-    EXPECT_DOUBLE_EQ(step, 0.2);
-    const QList<double> ticks = majorTicks(engine.divideScale(x1, x2, 8, 0, step));
-    ASSERT_EQ(ticks.size(), 3);
-    EXPECT_DOUBLE_EQ(ticks[0], -0.6);
-    EXPECT_EQ(ticks[1], 0.0);
-    EXPECT_DOUBLE_EQ(ticks[2], 0.6);
+    // Majors -1, 0, 1 with step 0.5. From -1 the minor increment is 10^(0 - 1) = 0.1; ten additions
+    // of 0.1 to -1 end at -1.39e-16 (Python floats), within 0.5 * 1e-6 of zero.
+    const QList<double> minor = minorTicks(engine.divideScale(-1.0, 1.0, 8, 5, 0.5));
+    ASSERT_EQ(minor.size(), 10);
+    EXPECT_NEAR(minor[8], -0.1, 1e-12);
+    EXPECT_EQ(minor[9], 0.0);
+    EXPECT_FALSE(std::signbit(minor[9]));
 }
 
-TEST(PseudoLogScaleEngine, AutoScaleAlignsToTheStepAndHonoursTheAttributes)
+TEST(PseudoLogScaleEngine, AutoScaleWidensAlignsAndHonoursTheAttributes)
 {
-    // [30, 4500]: 4470 / 8 = 558.75 rounds up to the step 1000; aligned outward to [0, 5000].
-    double x1 = 30.0;
-    double x2 = 4500.0;
-    double step = 0.0;
-    PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
-    engine.autoScale(8, x1, x2, step);
-    EXPECT_EQ(x1, 0.0);
-    EXPECT_EQ(x2, 5000.0);
-    EXPECT_EQ(step, 1000.0);
+    struct Case
+    {
+        QwtScaleEngine::Attribute attribute;
+        double reference, x1, x2, expectedX1, expectedX2, expectedStep;
+    };
+    const Case cases[] = {
+        // 4470 / 8 = 558.75 rounds up to the step 1000; aligned outward.
+        { QwtScaleEngine::NoAttribute, 0.0, 30.0, 4500.0, 0.0, 5000.0, 1000.0 },
+        // Zero width: 1000 widened by half to [500, 1500], 1000 / 8 rounds to 200, aligned outward.
+        { QwtScaleEngine::NoAttribute, 0.0, 1000.0, 1000.0, 400.0, 1600.0, 200.0 },
+        // Zero widened by 0.5; 1 / 8 rounds to 0.2; aligned to ±3 * 0.2.
+        { QwtScaleEngine::NoAttribute, 0.0, 0.0, 0.0, -0.6, 0.6, 0.2 },
+        { QwtScaleEngine::Floating, 0.0, 30.0, 4500.0, 30.0, 4500.0, 1000.0 },
+        // [-4500, 4500]: 9000 / 8 = 1125 rounds to 2000.
+        { QwtScaleEngine::Symmetric, 0.0, 30.0, 4500.0, -6000.0, 6000.0, 2000.0 },
+        // [-250, 4500]: 4750 / 8 = 593.75 rounds to 1000.
+        { QwtScaleEngine::IncludeReference, -250.0, 30.0, 4500.0, -1000.0, 5000.0, 1000.0 },
+        { QwtScaleEngine::Inverted, 0.0, 30.0, 4500.0, 5000.0, 0.0, -1000.0 },
+    };
+    for (const Case& c : cases) {
+        PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
+        engine.setAttribute(c.attribute);
+        engine.setReference(c.reference);
+        double x1 = c.x1;
+        double x2 = c.x2;
+        double step = 0.0;
+        engine.autoScale(8, x1, x2, step);
+        EXPECT_DOUBLE_EQ(x1, c.expectedX1) << c.attribute << " " << c.x1;
+        EXPECT_DOUBLE_EQ(x2, c.expectedX2) << c.attribute << " " << c.x1;
+        EXPECT_DOUBLE_EQ(step, c.expectedStep) << c.attribute << " " << c.x1;
+    }
 
-    // Floating keeps the bounds, here widened by the margins to [20, 4520].
-    PseudoLogScaleEngine floating(axisThreshold, axisLinearRange);
-    floating.setAttribute(QwtScaleEngine::Floating);
-    floating.setMargins(10.0, 20.0);
-    x1 = 30.0;
-    x2 = 4500.0;
-    floating.autoScale(8, x1, x2, step);
-    EXPECT_EQ(x1, 20.0);
-    EXPECT_EQ(x2, 4520.0);
-    EXPECT_EQ(step, 1000.0);
-
-    // Symmetric about 0: [-4500, 4500], 9000 / 8 = 1125 rounds to 2000, aligned to [-6000, 6000].
-    PseudoLogScaleEngine symmetric(axisThreshold, axisLinearRange);
-    symmetric.setAttribute(QwtScaleEngine::Symmetric);
-    symmetric.setReference(0.0);
-    x1 = 30.0;
-    x2 = 4500.0;
-    symmetric.autoScale(8, x1, x2, step);
-    EXPECT_EQ(x1, -6000.0);
-    EXPECT_EQ(x2, 6000.0);
-    EXPECT_EQ(step, 2000.0);
-
-    // Including -250: [-250, 4500], 4750 / 8 = 593.75 rounds to 1000, aligned to [-1000, 5000].
-    PseudoLogScaleEngine including(axisThreshold, axisLinearRange);
-    including.setAttribute(QwtScaleEngine::IncludeReference);
-    including.setReference(-250.0);
-    x1 = 30.0;
-    x2 = 4500.0;
-    including.autoScale(8, x1, x2, step);
-    EXPECT_EQ(x1, -1000.0);
-    EXPECT_EQ(x2, 5000.0);
-    EXPECT_EQ(step, 1000.0);
-
-    // Inverted swaps the aligned bounds and negates the step.
-    PseudoLogScaleEngine inverted(axisThreshold, axisLinearRange);
-    inverted.setAttribute(QwtScaleEngine::Inverted);
-    x1 = 30.0;
-    x2 = 4500.0;
-    inverted.autoScale(8, x1, x2, step);
-    EXPECT_EQ(x1, 5000.0);
-    EXPECT_EQ(x2, 0.0);
-    EXPECT_EQ(step, -1000.0);
+    // divideScale itself does not widen; after autoScale the ladder from 400 reaches 1000.
+    const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
+    EXPECT_TRUE(engine.divideScale(1000.0, 1000.0, 8, 5).isEmpty());
+    EXPECT_EQ(majorTicks(engine.divideScale(400.0, 1600.0, 8, 0, 200.0)),
+        (QList<double> { 400.0, 1000.0, 1600.0 }));
 }
 
 TEST(PseudoLogScaleEngine, OverflowingIntervalWarnsAndGivesAnEmptyDivision)
 {
     const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
     MessageCapture capture;
-    // 2e308 exceeds the largest double (about 1.8e308).
+    // 2e308 exceeds the largest double (about 1.8e308); 1.6e308 does not.
     const QwtScaleDiv div = engine.divideScale(-1e308, 1e308, 8, 5);
     EXPECT_TRUE(div.isEmpty());
     EXPECT_TRUE(majorTicks(div).isEmpty());
-    EXPECT_TRUE(capture.contains(QtWarningMsg, QString::fromLatin1(pseudoLogOverflowWarning)));
-    EXPECT_EQ(QString::fromLatin1(pseudoLogOverflowWarning),
-        QStringLiteral("PseudoLogScaleEngine::divideScale: overflow"));
+    EXPECT_TRUE(capture.contains(QtWarningMsg, "PseudoLogScaleEngine::divideScale: overflow"));
 
-    // 1.6e308 still fits: no warning, and ticks.
     capture.clear();
     EXPECT_FALSE(majorTicks(engine.divideScale(-8e307, 8e307, 8, 0)).isEmpty());
     EXPECT_TRUE(capture.messages().isEmpty());
@@ -231,15 +164,13 @@ TEST(PseudoLogScaleEngine, OverflowingIntervalWarnsAndGivesAnEmptyDivision)
 
 TEST(PseudoLogScaleEngine, LadderWalkIsBoundedOnExtremeIntervals)
 {
-    // [-1e300, 1e300]: 2e300 / 8 = 2.5e299 rounds to the step 5e299, to which the bounds are already
-    // aligned. The ladder descends one decade a round from -1e299 and stops after a hundred rounds,
-    // at -1e200: the bounds and 100 rungs. Rungs within 5e299 * 1e-6 = 5e293 of zero, from -1e293
-    // on (94 of them), count as zero.
-    const QList<double> ticks
-        = majorTicks(PseudoLogScaleEngine(axisThreshold, axisLinearRange).divideScale(-1e300, 1e300, 8, 0));
+    // [-1e300, 1e300]: 2e300 / 8 rounds to the step 5e299, to which the bounds are aligned. The
+    // ladder descends a decade a round from -1e299 and stops after a hundred rounds, at -1e200:
+    // the two bounds and 100 rungs. The 94 rungs within 5e299 * 1e-6 of zero count as zero.
+    const PseudoLogScaleEngine engine(axisThreshold, axisLinearRange);
+    const QList<double> ticks = majorTicks(engine.divideScale(-1e300, 1e300, 8, 0));
     ASSERT_EQ(ticks.size(), 102);
     for (int i = 0; i <= 6; ++i)
         EXPECT_NEAR(ticks[i] / -std::pow(10.0, 300 - i), 1.0, 1e-12) << i;
     EXPECT_EQ(std::count(ticks.begin(), ticks.end(), 0.0), 94);
-    EXPECT_EQ(ticks.back(), 1e300);
 }

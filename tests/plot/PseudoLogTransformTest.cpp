@@ -5,6 +5,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <memory>
+#include <tuple>
 #include <vector>
 
 using namespace Tessaly;
@@ -54,7 +55,7 @@ TEST(PseudoLogTransform, InverseUndoesTheTransformAndOrderIsKept)
     }
 }
 
-TEST(PseudoLogTransform, OtherParametersAndCopy)
+TEST(PseudoLogTransform, OtherParametersCopyAndTheEnginesTransform)
 {
     // Threshold 10 with slope 0.1: the offset is 1 - log10(10) = 0, so 1000 maps to 3 and 5 to 0.5.
     const PseudoLogTransform t(10.0, 0.1);
@@ -69,27 +70,17 @@ TEST(PseudoLogTransform, OtherParametersAndCopy)
     EXPECT_NE(same, &t);
     EXPECT_EQ(same->linearThreshold(), 10.0);
     EXPECT_EQ(same->slope(), 0.1);
-    EXPECT_NEAR(copy->transform(1000.0), 3.0, 1e-12);
-}
 
-TEST(PseudoLogTransform, ScaleEngineInstallsTheTransformWithSlopeFromTheLinearRange)
-{
-    // The axes' (100, 0.5) give the default transform; (10, 2) a slope of 2 / 10 = 0.2.
-    const PseudoLogScaleEngine axis(100.0, 0.5);
-    EXPECT_EQ(axis.linearThreshold(), 100.0);
-    EXPECT_EQ(axis.linearRange(), 0.5);
-    const std::unique_ptr<QwtTransform> installed(axis.transformation());
-    const auto* t = dynamic_cast<const PseudoLogTransform*>(installed.get());
-    ASSERT_NE(t, nullptr);
-    EXPECT_EQ(t->linearThreshold(), 100.0);
-    EXPECT_DOUBLE_EQ(t->slope(), 0.005);
-
-    const PseudoLogScaleEngine other(10.0, 2.0);
-    const std::unique_ptr<QwtTransform> otherInstalled(other.transformation());
-    const auto* o = dynamic_cast<const PseudoLogTransform*>(otherInstalled.get());
-    ASSERT_NE(o, nullptr);
-    EXPECT_EQ(o->linearThreshold(), 10.0);
-    EXPECT_DOUBLE_EQ(o->slope(), 0.2);
-    // At the threshold the linear piece reaches the linear range: 0.2 * 10 = 2.
-    EXPECT_NEAR(o->transform(10.0), 2.0, 1e-12);
+    // The engine's transform has the slope linearRange / linearThreshold: the axes' (100, 0.5) give
+    // the default 0.005, and (10, 2) give 0.2.
+    for (const auto& [threshold, range, slope] : { std::tuple { 100.0, 0.5, 0.005 }, { 10.0, 2.0, 0.2 } }) {
+        const PseudoLogScaleEngine engine(threshold, range);
+        EXPECT_EQ(engine.linearThreshold(), threshold);
+        EXPECT_EQ(engine.linearRange(), range);
+        const std::unique_ptr<QwtTransform> installed(engine.transformation());
+        const auto* p = dynamic_cast<const PseudoLogTransform*>(installed.get());
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(p->linearThreshold(), threshold);
+        EXPECT_DOUBLE_EQ(p->slope(), slope);
+    }
 }
