@@ -56,6 +56,16 @@ QTreeWidgetItem* DatasetTreeWidget::dropTarget(const QPoint& position, int dragg
     return target->data(0, Qt::UserRole).toInt() == draggedId ? nullptr : target;
 }
 
+// The item model knows only its own drag format; a dataset drag from this tree is let in here, and
+// where it may land is decided as it moves.
+void DatasetTreeWidget::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->source() == this && event->mimeData()->hasFormat(datasetMimeType))
+        event->acceptProposedAction();
+    else
+        QTreeWidget::dragEnterEvent(event);
+}
+
 void DatasetTreeWidget::dragMoveEvent(QDragMoveEvent* event)
 {
     if (event->source() != this || !event->mimeData()->hasFormat(datasetMimeType)) {

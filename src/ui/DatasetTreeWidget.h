@@ -24,6 +24,7 @@ protected:
     QMimeData* mimeData(const QList<QTreeWidgetItem*> items) const override;
 #endif
     void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
