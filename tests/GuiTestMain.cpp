@@ -7,7 +7,9 @@
 #include <H5Cpp.h>
 
 #include <QByteArray>
+#include <QSettings>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 
 // Widget tests share one application object. It is a SafeApplication, so that tests of the
 // exception guard exercise the real notify(). The offscreen platform needs no display.
@@ -16,8 +18,11 @@ int main(int argc, char** argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", QByteArray("offscreen"));
     ::testing::InitGoogleTest(&argc, argv);
-    // Settings of the tests live apart from a user's own (QStandardPaths' test locations).
+    // Settings of the tests live apart from a user's own, and apart from those of test processes
+    // that run at the same time.
     QStandardPaths::setTestModeEnabled(true);
+    QTemporaryDir settingsFolder;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsFolder.path());
     H5::Exception::dontPrint();
     Tessaly::registerHdf5Filters();
     Tessaly::SafeApplication app(argc, argv);

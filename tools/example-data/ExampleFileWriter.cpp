@@ -116,7 +116,8 @@ H5::DataSet createEventArray(H5::H5File& file, const std::string& path, const H5
 {
     const int rank = cols == 0 ? 2 : 3;
     const hsize_t dims[3] = { n, rows, cols };
-    const hsize_t chunk[3] = { std::min<hsize_t>(n, rank == 2 ? 1024 : 16), rows, cols };
+    // One frame per chunk, as cameras write them: showing an event then inflates just that frame.
+    const hsize_t chunk[3] = { std::min<hsize_t>(n, rank == 2 ? 32 : 1), rows, cols };
     H5::DSetCreatPropList properties;
     properties.setChunk(rank, chunk);
     setCompression(properties, compression);
