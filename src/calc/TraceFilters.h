@@ -28,8 +28,9 @@ struct TraceProcessing
 
 // Replaces outliers by the window's median. A sample is an outlier when it lies further from the median
 // m than `threshold` robust deviations, s = 1.4826 * (median of |window - m|). Medians are the element
-// at position w / 2 of the sorted window of w samples. Every sample is judged against the input, not
-// against replacements made before it. A flat window (s = 0) never replaces a sample.
+// at position w / 2 of the sorted window of w samples, NaN sorting above every number. Every sample is
+// judged against the input, not against replacements made before it. A flat window (s = 0) never
+// replaces a sample.
 std::vector<float> hampelFilter(const std::vector<float>& trace, int halfWindow, float threshold);
 
 // Each sample becomes the median (element w / 2 of the sorted window) of its window in the input.
@@ -37,7 +38,8 @@ std::vector<float> hampelFilter(const std::vector<float>& trace, int halfWindow,
 std::vector<float> slidingMedian(const std::vector<float>& trace, int halfWindow);
 
 // Each sample becomes the mean of its window. The window sum runs in double, updated by the entering
-// and the leaving sample; each mean is rounded to float. Unchanged when halfWindow is below 1.
+// and the leaving sample; each mean is rounded to float. Unchanged when halfWindow is below 1. A NaN
+// stays in the running sum, so every mean from its window on is NaN.
 std::vector<float> movingMean(const std::vector<float>& trace, int halfWindow);
 
 // Quadratic Savitzky-Golay smoothing over 2m + 1 samples, weights proportional to 3m(m + 1) - 1 - 5j²

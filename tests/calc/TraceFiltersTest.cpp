@@ -2,11 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 using namespace Tessaly;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::FloatEq;
+using testing::NanSensitiveFloatEq;
 using testing::Pointwise;
 
 namespace {
@@ -56,6 +58,23 @@ TEST(TraceFilters, HampelNeverReplacesInAFlatWindow)
     EXPECT_TRUE(hampelFilter({}, 2, 3.0f).empty());
 }
 
+TEST(TraceFilters, NaNSortsAboveEveryNumberInHampelAndMedianWindows)
+{
+    // numpy reference (np.sort puts NaN last; a NaN deviation fails every comparison, so a NaN sample
+    // is never replaced, and a window of mostly NaN has a NaN median).
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    const std::vector<float> trace = { 1, 2, nan, 4, 100, 5, 6, nan, nan, nan, 7, 8, 9, 200, 10 };
+    EXPECT_THAT(hampelFilter(trace, 2, 3.0f),
+        Pointwise(NanSensitiveFloatEq(),
+            { 1.0f, 2.0f, nan, 4.0f, 6.0f, 5.0f, 6.0f, nan, nan, nan, 7.0f, 8.0f, 9.0f, 10.0f, 10.0f }));
+    EXPECT_THAT(slidingMedian(trace, 1),
+        Pointwise(NanSensitiveFloatEq(),
+            { 2.0f, 2.0f, 4.0f, 100.0f, 5.0f, 6.0f, 6.0f, nan, nan, nan, 8.0f, 8.0f, 9.0f, 10.0f, 200.0f }));
+    EXPECT_THAT(slidingMedian(trace, 2),
+        Pointwise(NanSensitiveFloatEq(),
+            { 2.0f, 4.0f, 4.0f, 5.0f, 6.0f, 6.0f, 100.0f, nan, nan, nan, 9.0f, 9.0f, 9.0f, 10.0f, 10.0f }));
+}
+
 TEST(TraceFilters, SlidingMedianShrinksItsWindowAtTheEnds)
 {
     // By hand, k = 1: {3, 1} -> 3 (upper middle), {3, 1, 4} -> 3, {1, 4, 1} -> 1, {4, 1, 5} -> 4,
@@ -67,6 +86,10 @@ TEST(TraceFilters, SlidingMedianShrinksItsWindowAtTheEnds)
         113, 114, 143, 188, 248, 345, 469, 573, 573, 573, 573, 565, 457, 343, 240, 169, 140, 124, 106, 104,
         104, 104, 104, 104, 104, 98, 104 };
     EXPECT_EQ(slidingMedian(rawTrace, 3), expected);
+
+    // A window wider than the trace is the whole trace everywhere.
+    EXPECT_THAT(slidingMedian({ 3, 1, 2 }, 10), ElementsAre(2, 2, 2));
+    EXPECT_THAT(hampelFilter({ 3, 1, 2, 2, 90 }, 10, 3.0f), ElementsAre(3, 1, 2, 2, 2));
 
     EXPECT_EQ(slidingMedian(rawTrace, 0), rawTrace);
     EXPECT_TRUE(slidingMedian({}, 3).empty());
@@ -93,6 +116,7 @@ TEST(TraceFilters, MovingMeanAveragesTheShrinkingWindowInDouble)
         101.57142639160156f, 101.16666412353516f, 100.19999694824219f, 100.75f };
     EXPECT_EQ(movingMean(rawTrace, 3), expected);
 
+    EXPECT_THAT(movingMean({ 1, 2, 3, 6 }, 10), ElementsAre(3, 3, 3, 3));
     EXPECT_EQ(movingMean(rawTrace, 0), rawTrace);
     EXPECT_TRUE(movingMean({}, 3).empty());
 }
