@@ -8,8 +8,10 @@
 #include <algorithm>
 #include <charconv>
 #include <iostream>
+#include <limits>
 #include <mutex>
 #include <optional>
+#include <stdexcept>
 
 namespace Tessaly {
 
@@ -19,6 +21,8 @@ using Lock = std::lock_guard<std::recursive_mutex>;
 
 const char* const eventsGroup = "events";
 const char* const traceGroup = "events/trace";
+const char* const imagePath = "events/image";
+const char* const maskPath = "events/mask";
 
 // Polygon gates are stored as "section:<x>,<y> polygon points".
 const std::string polygonSuffix = " polygon points";
@@ -325,6 +329,9 @@ void VQDReader::close()
     m_traceLength = 0;
     m_columnCache.clear();
     m_computedFeatureNames.clear();
+    // The filter settings are the program's, not the file's, and stay for the next file.
+    m_traceAliases.clear();
+    forgetLastTrace();
 }
 
 void VQDReader::listFeatures()
@@ -486,6 +493,166 @@ std::vector<std::string> VQDReader::traceNames() const
 {
     Lock lock(hdf5Mutex());
     return m_traceNames;
+}
+
+std::vector<std::uint8_t> VQDReader::getImage(std::size_t index, int* width, int* height)
+{
+    Lock lock(hdf5Mutex());
+    return readFrame(imagePath, "image", m_imageAvailable, index, width, height);
+}
+
+std::vector<std::uint8_t> VQDReader::getMask(std::size_t index, int* width, int* height)
+{
+    Lock lock(hdf5Mutex());
+    return readFrame(maskPath, "mask", m_maskAvailable, index, width, height);
+}
+
+// One frame of a stack (events, height, width), read through a hyperslab of one event.
+std::vector<std::uint8_t> VQDReader::readFrame(
+    const char* path, const char* what, bool available, std::size_t index, int* width, int* height)
+{
+    if (!available || !m_fileOpen || !m_file)
+        return {};
+    const std::string failure
+        = std::string("Error reading ") + what + " at index " + std::to_string(index) + ": ";
+    try {
+        const H5::DataSet dataset = m_file->openDataSet(path);
+        H5::DataSpace fileSpace = dataset.getSpace();
+        const std::vector<hsize_t> dims = extentOf(fileSpace);
+        if (dims.size() != 3)
+            throw std::runtime_error(
+                "a stack of frames has 3 dimensions, this one " + std::to_string(dims.size()));
+        if (index >= dims[0])
+            return {};
+        const hsize_t rows = dims[1];
+        const hsize_t columns = dims[2];
+        if (rows == 0 || columns == 0)
+            return {};
+        if (rows > static_cast<hsize_t>(std::numeric_limits<int>::max())
+            || columns > static_cast<hsize_t>(std::numeric_limits<int>::max()))
+            throw std::runtime_error("frame of " + std::to_string(rows) + " x " + std::to_string(columns)
+                + " pixels is too large");
+
+        const hsize_t start[3] = { index, 0, 0 };
+        const hsize_t count[3] = { 1, rows, columns };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
+        const hsize_t frame[2] = { rows, columns };
+        const H5::DataSpace memorySpace(2, frame);
+        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows * columns));
+        dataset.read(pixels.data(), H5::PredType::NATIVE_UINT8, memorySpace, fileSpace);
+        // The sizes are given out only with the pixels, so that a failed read leaves them as they were.
+        if (width)
+            *width = static_cast<int>(columns);
+        if (height)
+            *height = static_cast<int>(rows);
+        return pixels;
+    } catch (const H5::Exception& e) {
+        reportError(failure, e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError(failure, e.what());
+    }
+    return {};
+}
+
+std::vector<float> VQDReader::getTrace(const std::string& name, std::size_t index)
+{
+    Lock lock(hdf5Mutex());
+    const auto alias = m_traceAliases.find(name);
+    if (alias == m_traceAliases.end())
+        return readStoredTrace(name, index);
+
+    const auto eventIndex = static_cast<std::int64_t>(index);
+    if (m_lastTraceName == name && m_lastTraceIndex == eventIndex)
+        return m_lastTrace;
+    std::vector<float> filtered
+        = applyTraceProcessing(readStoredTrace(alias->second, index), m_traceProcessing);
+    // A failed read is not remembered, so that the next request tries again and reports again.
+    if (!filtered.empty()) {
+        m_lastTraceName = name;
+        m_lastTraceIndex = eventIndex;
+        m_lastTrace = filtered;
+    }
+    return filtered;
+}
+
+// One event's row of /events/trace/<name>, unfiltered. Two-byte integers go through signed 16 bit,
+// everything else is converted to float by the library.
+std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size_t index)
+{
+    if (!m_fileOpen || !m_file || !m_tracesAvailable)
+        return {};
+    try {
+        const H5::DataSet dataset = m_file->openDataSet(std::string(traceGroup) + '/' + name);
+        H5::DataSpace fileSpace = dataset.getSpace();
+        const std::vector<hsize_t> dims = extentOf(fileSpace);
+        if (dims.size() != 2)
+            throw std::runtime_error("a trace has 2 dimensions, this one " + std::to_string(dims.size()));
+        if (index >= dims[0] || dims[1] == 0)
+            return {};
+
+        const hsize_t samples = dims[1];
+        const hsize_t start[2] = { index, 0 };
+        const hsize_t count[2] = { 1, samples };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
+        const H5::DataSpace memorySpace(1, &samples);
+        std::vector<float> trace(static_cast<std::size_t>(samples), 0.0f);
+        if (dataset.getTypeClass() == H5T_INTEGER && dataset.getDataType().getSize() == 2) {
+            std::vector<std::int16_t> buffer(trace.size());
+            dataset.read(buffer.data(), H5::PredType::NATIVE_INT16, memorySpace, fileSpace);
+            std::copy(buffer.begin(), buffer.end(), trace.begin());
+        } else {
+            dataset.read(trace.data(), H5::PredType::NATIVE_FLOAT, memorySpace, fileSpace);
+        }
+        return trace;
+    } catch (const H5::Exception& e) {
+        reportError(
+            "Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.getDetailMsg());
+    } catch (const std::exception& e) {
+        reportError("Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.what());
+    }
+    return {};
+}
+
+void VQDReader::addTraceAlias(const std::string& alias, const std::string& source)
+{
+    Lock lock(hdf5Mutex());
+    std::string& target = m_traceAliases[alias];
+    if (target != source && m_lastTraceName == alias)
+        forgetLastTrace();
+    target = source;
+    if (std::find(m_traceNames.begin(), m_traceNames.end(), alias) == m_traceNames.end()) {
+        m_traceNames.push_back(alias);
+        std::sort(m_traceNames.begin(), m_traceNames.end());
+    }
+}
+
+void VQDReader::setTraceProcessing(const TraceProcessing& processing)
+{
+    Lock lock(hdf5Mutex());
+    m_traceProcessing = processing;
+    forgetLastTrace();
+}
+
+void VQDReader::setTraceProcessing(bool hampel1, int hampel1HalfWindow, float hampel1Threshold, bool hampel2,
+    int hampel2HalfWindow, float hampel2Threshold, bool median, int medianHalfWindow, bool rolling,
+    int rollingHalfWindow, bool savitzkyGolay, int savitzkyGolayHalfWindow)
+{
+    setTraceProcessing(TraceProcessing { hampel1, hampel1HalfWindow, hampel1Threshold, hampel2,
+        hampel2HalfWindow, hampel2Threshold, median, medianHalfWindow, rolling, rollingHalfWindow,
+        savitzkyGolay, savitzkyGolayHalfWindow });
+}
+
+TraceProcessing VQDReader::traceProcessing() const
+{
+    Lock lock(hdf5Mutex());
+    return m_traceProcessing;
+}
+
+void VQDReader::forgetLastTrace()
+{
+    m_lastTraceName.clear();
+    m_lastTraceIndex = -1;
+    m_lastTrace.clear();
 }
 
 std::string VQDReader::featureLabel(const std::string& name) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/TraceFilters.h"
 #include "io/VQDMetadata.h"
 
 #include <cstdint>
@@ -18,7 +19,9 @@ namespace Tessaly {
 // The program's only door to a measurement file (".vqd", HDF5). Opens the file read-only, lists its
 // features and traces, turns the root attributes into text metadata, and serves every feature column
 // as doubles from a cache filled on demand. Features computed by the program are put into the same
-// cache and look like stored ones from then on.
+// cache and look like stored ones from then on. Images, masks and traces are never held: each is read
+// for one event at a time by a hyperslab selection. A trace alias names a filtered view of a stored
+// trace; the filters run on reading, and only the last filtered trace is kept.
 //
 // Threads: every operation that touches the HDF5 library or the column cache holds hdf5Mutex(). The
 // plain getters (isOpen, eventCount, hasFeature, isComputedFeature, featureNames, hasImage, hasMask,
@@ -69,9 +72,26 @@ public:
     bool hasMask() const { return m_maskAvailable; }
     bool hasTraces() const { return m_tracesAvailable; }
 
-    // Stored fluorescence trace names, ascending, and the samples per trace.
+    // Frame or mask of one event, row by row (height x width bytes), with its size in `width` and
+    // `height`. Empty, with `width` and `height` left as they were, when there is no such dataset, no
+    // open file, no event of that index, or the read fails. Mask values are as stored; non-zero is inside.
+    std::vector<std::uint8_t> getImage(std::size_t index, int* width, int* height);
+    std::vector<std::uint8_t> getMask(std::size_t index, int* width, int* height);
+
+    // Stored trace names and aliases, ascending, and the samples per trace.
     std::vector<std::string> traceNames() const;
     std::uint64_t traceLength() const { return m_traceLength; }
+    // One event's trace. A stored name gives the values of the file, whatever the filter settings; an
+    // alias gives its source trace through the filter chain. Empty when there is nothing to give.
+    std::vector<float> getTrace(const std::string& name, std::size_t index);
+    // Makes `alias` name the filtered view of the stored trace `source` and lists it among the traces.
+    void addTraceAlias(const std::string& alias, const std::string& source);
+    // The filters that aliases run through; a change recomputes every alias at its next read.
+    void setTraceProcessing(const TraceProcessing& processing);
+    void setTraceProcessing(bool hampel1, int hampel1HalfWindow, float hampel1Threshold, bool hampel2,
+        int hampel2HalfWindow, float hampel2Threshold, bool median, int medianHalfWindow, bool rolling,
+        int rollingHalfWindow, bool savitzkyGolay, int savitzkyGolayHalfWindow);
+    TraceProcessing traceProcessing() const;
 
     // The display text of a feature; instrument files have their own meaning for some columns.
     std::string featureLabel(const std::string& name) const;
@@ -80,6 +100,10 @@ private:
     void listFeatures();
     void listTraces();
     void determineEventCount();
+    std::vector<std::uint8_t> readFrame(
+        const char* dataset, const char* what, bool available, std::size_t index, int* width, int* height);
+    std::vector<float> readStoredTrace(const std::string& name, std::size_t index);
+    void forgetLastTrace();
 
     std::unique_ptr<H5::H5File> m_file;
     std::string m_filePath;
@@ -97,6 +121,13 @@ private:
     // Owned vectors, so that references handed out survive a rehash of the map.
     std::unordered_map<std::string, std::unique_ptr<std::vector<double>>> m_columnCache;
     std::unordered_set<std::string> m_computedFeatureNames;
+    // Alias to the stored trace it filters.
+    std::unordered_map<std::string, std::string> m_traceAliases;
+    TraceProcessing m_traceProcessing;
+    // The last filtered trace, for consumers that ask for the same event's alias in a row.
+    std::string m_lastTraceName;
+    std::int64_t m_lastTraceIndex = -1;
+    std::vector<float> m_lastTrace;
 };
 
 } // namespace Tessaly

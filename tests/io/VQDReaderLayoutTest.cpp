@@ -225,6 +225,8 @@ TEST_F(VQDReaderLayout, ReadingLeavesTheFileUntouchedAndOpenForNoWriter)
     FixtureWriter(path)
         .column<float>("deform", { 1, 2, 3 })
         .column<float>("area_um", { 4, 5, 6 }, Storage::deflate())
+        .imageStack("image", 3, 2, 2, std::vector<std::uint8_t>(12, 5), Storage::deflate(4, 1))
+        .trace<std::int16_t>("fl1_raw", { { 1, 2 }, { 3, 4 }, { 5, 6 } })
         .stringAttribute("setup:module composition", "Vortiq")
         .pointsAttribute("online_filter:area_um,deform polygon points", { { 1, 2 }, { 3, 4 }, { 5, 6 } });
     const QByteArray hashBefore = fileHash(path);
@@ -250,6 +252,12 @@ TEST_F(VQDReaderLayout, ReadingLeavesTheFileUntouchedAndOpenForNoWriter)
         reader.cacheAllFeatures();
         reader.setFeature("computed", { 1, 2, 3 });
         reader.setFeature("deform", { 7, 8, 9 });
+        int width = 0;
+        int height = 0;
+        EXPECT_EQ(reader.getImage(2, &width, &height).size(), 4u);
+        reader.addTraceAlias("fl1_median_rf", "fl1_raw");
+        reader.setTraceProcessing(TraceProcessing {});
+        EXPECT_EQ(reader.getTrace("fl1_median_rf", 1).size(), 2u);
     }
 
     EXPECT_EQ(fileHash(path), hashBefore);

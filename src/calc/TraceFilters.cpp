@@ -1,0 +1,199 @@
+#include "calc/TraceFilters.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+
+namespace Tessaly {
+
+namespace {
+
+// Scale from the median absolute deviation to a standard deviation for normal data.
+constexpr float robustDeviationFactor = 1.4826f;
+
+// Numbers ascending, NaN after every number (as numpy sorts), so that a window holding NaN is still
+// ordered and binary searches in it stay defined.
+bool sortsBefore(float a, float b)
+{
+    return a < b || (!std::isnan(a) && std::isnan(b));
+}
+
+// The samples of a window, kept sorted while the window slides along the trace: each step inserts the
+// entering sample and removes the leaving one, instead of sorting the window anew.
+class SortedWindow
+{
+public:
+    SortedWindow(const std::vector<float>& trace, std::size_t halfWindow)
+        : m_trace(trace)
+        , m_halfWindow(halfWindow)
+    {
+        m_values.reserve(std::min(2 * halfWindow + 1, trace.size()));
+        const std::size_t last = std::min(halfWindow, trace.size() - 1);
+        for (std::size_t j = 0; j <= last; ++j)
+            insert(trace[j]);
+    }
+
+    // Moves the window from sample i - 1 to sample i; it shrinks at the ends of the trace.
+    void moveTo(std::size_t i)
+    {
+        if (i + m_halfWindow < m_trace.size())
+            insert(m_trace[i + m_halfWindow]);
+        if (i > m_halfWindow)
+            erase(m_trace[i - m_halfWindow - 1]);
+    }
+
+    // Element w / 2 of the w sorted samples: for even w the upper of the two middle ones.
+    float middle() const { return m_values[m_values.size() / 2]; }
+
+    // Element w / 2 of the sorted absolute deviations |x - centre|. Numbers below and above the centre
+    // give two ascending runs of deviations, walked outwards from the centre like a merge; NaN
+    // deviations come last.
+    float middleDeviation(float centre) const
+    {
+        if (std::isnan(centre))
+            return centre;
+        const auto numbersEnd = std::partition_point(
+            m_values.begin(), m_values.end(), [](float value) { return !std::isnan(value); });
+        std::size_t above = static_cast<std::size_t>(
+            std::lower_bound(m_values.begin(), numbersEnd, centre) - m_values.begin());
+        std::size_t below = above; // one past the next number below the centre
+        const std::size_t numbers = static_cast<std::size_t>(numbersEnd - m_values.begin());
+        float deviation = 0.0f;
+        for (std::size_t taken = 0; taken <= m_values.size() / 2; ++taken) {
+            const bool hasBelow = below > 0;
+            const bool hasAbove = above < numbers;
+            if (!hasBelow && !hasAbove)
+                return std::numeric_limits<float>::quiet_NaN();
+            // centre - x equals |x - centre| exactly for x below the centre: float subtraction is
+            // symmetric in sign.
+            if (hasBelow && (!hasAbove || centre - m_values[below - 1] <= m_values[above] - centre))
+                deviation = centre - m_values[--below];
+            else
+                deviation = m_values[above++] - centre;
+        }
+        return deviation;
+    }
+
+private:
+    void insert(float value)
+    {
+        m_values.insert(std::upper_bound(m_values.begin(), m_values.end(), value, sortsBefore), value);
+    }
+    // The value is in the window, so the first element not before it is one equal to it.
+    void erase(float value)
+    {
+        m_values.erase(std::lower_bound(m_values.begin(), m_values.end(), value, sortsBefore));
+    }
+
+    const std::vector<float>& m_trace;
+    const std::size_t m_halfWindow;
+    std::vector<float> m_values;
+};
+
+} // namespace
+
+std::vector<float> hampelFilter(const std::vector<float>& trace, int halfWindow, float threshold)
+{
+    std::vector<float> output = trace;
+    // A window of one sample is its own median and never an outlier.
+    if (trace.empty() || halfWindow < 1)
+        return output;
+    SortedWindow window(trace, static_cast<std::size_t>(halfWindow));
+    for (std::size_t i = 0; i < trace.size(); ++i) {
+        if (i > 0)
+            window.moveTo(i);
+        const float m = window.middle();
+        const float s = robustDeviationFactor * window.middleDeviation(m);
+        if (s > 0.0f && std::fabs(trace[i] - m) > s * threshold)
+            output[i] = m;
+    }
+    return output;
+}
+
+std::vector<float> slidingMedian(const std::vector<float>& trace, int halfWindow)
+{
+    if (trace.empty() || halfWindow < 1)
+        return trace;
+    std::vector<float> output(trace.size());
+    SortedWindow window(trace, static_cast<std::size_t>(halfWindow));
+    for (std::size_t i = 0; i < trace.size(); ++i) {
+        if (i > 0)
+            window.moveTo(i);
+        output[i] = window.middle();
+    }
+    return output;
+}
+
+std::vector<float> movingMean(const std::vector<float>& trace, int halfWindow)
+{
+    if (trace.empty() || halfWindow < 1)
+        return trace;
+    const std::size_t n = trace.size();
+    const std::size_t k = static_cast<std::size_t>(halfWindow);
+    std::vector<float> output(n);
+    double sum = 0.0;
+    for (std::size_t j = 0; j <= std::min(k, n - 1); ++j)
+        sum += trace[j];
+    for (std::size_t i = 0; i < n; ++i) {
+        if (i > 0) {
+            if (i + k < n)
+                sum += trace[i + k];
+            if (i > k)
+                sum -= trace[i - k - 1];
+        }
+        const std::size_t first = i > k ? i - k : 0;
+        const std::size_t last = std::min(i + k, n - 1);
+        output[i] = static_cast<float>(sum / static_cast<double>(last - first + 1));
+    }
+    return output;
+}
+
+std::vector<float> savitzkyGolay(const std::vector<float>& trace, int halfWindow)
+{
+    if (halfWindow < 1)
+        return trace;
+    const std::size_t m = static_cast<std::size_t>(halfWindow);
+    const std::size_t n = trace.size();
+    if (n < 2 * m + 1)
+        return trace;
+
+    // weights[j + m] for j = -m..m. The raw weights are whole numbers well inside float's exact range,
+    // so their sum is exact whatever the order.
+    std::vector<float> weights(2 * m + 1);
+    float total = 0.0f;
+    const long long h = halfWindow;
+    for (long long j = -h; j <= h; ++j) {
+        const float raw = static_cast<float>(3 * h * (h + 1) - 1 - 5 * j * j);
+        weights[static_cast<std::size_t>(j + h)] = raw;
+        total += raw;
+    }
+    for (float& weight : weights)
+        weight /= total;
+
+    std::vector<float> output = trace;
+    for (std::size_t i = m; i + m < n; ++i) {
+        float sum = 0.0f;
+        for (std::size_t j = 0; j < weights.size(); ++j)
+            sum += weights[j] * trace[i - m + j];
+        output[i] = sum;
+    }
+    return output;
+}
+
+std::vector<float> applyTraceProcessing(std::vector<float> trace, const TraceProcessing& processing)
+{
+    if (processing.hampel1)
+        trace = hampelFilter(trace, processing.hampel1HalfWindow, processing.hampel1Threshold);
+    if (processing.hampel2)
+        trace = hampelFilter(trace, processing.hampel2HalfWindow, processing.hampel2Threshold);
+    if (processing.median)
+        trace = slidingMedian(trace, processing.medianHalfWindow);
+    if (processing.rolling)
+        trace = movingMean(trace, processing.rollingHalfWindow);
+    if (processing.savitzkyGolay)
+        trace = savitzkyGolay(trace, processing.savitzkyGolayHalfWindow);
+    return trace;
+}
+
+} // namespace Tessaly
