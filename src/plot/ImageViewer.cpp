@@ -211,6 +211,11 @@ void ImageViewer::updateDisplay()
     m_imageLabel->resize(pixmap.size());
 }
 
+void ImageViewer::setMaskControlEnabled(bool enabled)
+{
+    m_showMaskBox->setEnabled(enabled);
+}
+
 bool ImageViewer::isMaskShown() const
 {
     return m_showMaskBox->isChecked();

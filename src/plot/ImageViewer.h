@@ -66,6 +66,8 @@ public:
     void updateDisplay();
 
     bool isMaskShown() const;
+    // The mask control is on offer only for files that have masks.
+    void setMaskControlEnabled(bool enabled);
     bool isAutoContrast() const { return m_autoContrast; }
     bool hasImage() const { return !m_currentImage.empty(); }
     double zoomFactor() const { return m_zoomFactor; }

@@ -37,6 +37,7 @@ class CalculationsDockWidget;
 class DatasetListWidget;
 class DatasetTreeWidget;
 class FilterDockWidget;
+class ImageViewer;
 class ScatterPlot;
 class StatisticsDockWidget;
 class TracePlot;
@@ -262,7 +263,7 @@ private:
     bool plotSplitterSized = false;
     ScatterPlot* scatterPlot = nullptr;
     QTabWidget* eventTabs = nullptr;
-    QWidget* imageViewer = nullptr;
+    ImageViewer* imageViewer = nullptr;
     TracePlot* tracePlot = nullptr;
     QTableWidget* eventTable = nullptr;
 

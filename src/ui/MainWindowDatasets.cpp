@@ -3,6 +3,7 @@
 #include "ui/MainWindow.h"
 
 #include "core/DatasetEntry.h"
+#include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
 #include "ui/CalculationsDockWidget.h"
@@ -440,6 +441,8 @@ void MainWindow::clearSession()
 void MainWindow::clearDatasetViews()
 {
     scatterPlot->clearData();
+    imageViewer->clearImage();
+    imageViewer->setMaskControlEnabled(false);
     tracePlot->clearTraces();
     eventTable->setRowCount(0);
     statisticsDock->clearStatistics();

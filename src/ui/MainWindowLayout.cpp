@@ -1,6 +1,7 @@
 // The frame of the main window: docks, central widget and menus, and the signal connections.
 #include "ui/MainWindow.h"
 
+#include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
 #include "ui/CalculationsDockWidget.h"
@@ -193,7 +194,7 @@ QWidget* MainWindow::createCentralPanel()
     eventTabs = new QTabWidget(splitter);
 
     auto* imageSplitter = new QSplitter(Qt::Vertical, eventTabs);
-    imageViewer = new QWidget(imageSplitter);
+    imageViewer = new ImageViewer(imageSplitter);
     imageViewer->setObjectName(QStringLiteral("imageViewer"));
     tracePlot = new TracePlot(imageSplitter);
     tracePlot->setObjectName(QStringLiteral("tracePlot"));

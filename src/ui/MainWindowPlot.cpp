@@ -4,6 +4,7 @@
 
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
+#include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
 #include "ui/CalculationsDockWidget.h"
@@ -79,12 +80,14 @@ void MainWindow::onDatasetSelected(int index)
     for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo })
         combo->setEnabled(false);
     eventSpinBox->setEnabled(false);
+    imageViewer->setMaskControlEnabled(false);
     renameEdit->setEnabled(false);
     {
         const QSignalBlocker blocker(renameEdit);
         renameEdit->setText(entry->displayName);
     }
     scatterPlot->clearData();
+    imageViewer->clearImage();
     tracePlot->clearTraces();
     eventTable->setRowCount(0);
     statisticsDock->clearStatistics();
@@ -143,6 +146,7 @@ void MainWindow::showActiveDataset()
         eventSpinBox->setValue(entry->currentEventIndex);
     }
 
+    imageViewer->setMaskControlEnabled(reader.hasMask());
     metadataTree->clear();
     if (metadataDock->isVisible())
         fillMetadataTree();
