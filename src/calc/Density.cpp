@@ -1,5 +1,7 @@
 #include "calc/Density.h"
 
+#include "calc/OrderStatistics.h"
+
 #include <algorithm>
 #include <armadillo>
 #include <cmath>
@@ -56,6 +58,15 @@ int clampedIndex(double index, int n)
     return static_cast<int>(index);
 }
 
+// std::floor, without a library call where truncation gives the same result.
+double floorOf(double v)
+{
+    if (!(std::fabs(v) < 4.0e15))
+        return std::floor(v);
+    const double truncated = static_cast<double>(static_cast<long long>(v));
+    return truncated > v ? truncated - 1.0 : truncated;
+}
+
 // NaN sorts last, which keeps the ordering strict and weak for any input.
 bool lessNanLast(double a, double b)
 {
@@ -66,24 +77,28 @@ bool lessNanLast(double a, double b)
     return a < b;
 }
 
-// quantile() of the sorted order of `work`, by selection instead of a full sort; `work` is
-// reordered. Gives the same value as sorting first.
-double selectQuantile(std::vector<double>& work, double q)
+// quantile() of the sorted order of the first `count` values, at two fractions.
+std::pair<double, double> unsortedQuantiles(
+    const std::vector<double>& values, std::size_t count, double p, double q)
 {
-    const std::size_t n = work.size();
-    if (n == 0)
-        return 0.0;
-    const double pos = q * static_cast<double>(n - 1);
-    const double lowerIndex = std::floor(pos);
-    const double f = pos - lowerIndex;
-    const std::size_t i = static_cast<std::size_t>(lowerIndex);
-    const std::size_t next = std::min(i + 1, n - 1);
-    std::nth_element(work.begin(), work.begin() + static_cast<std::ptrdiff_t>(i), work.end(), lessNanLast);
-    const double lower = work[i];
-    const double upper = next == i
-        ? lower
-        : *std::min_element(work.begin() + static_cast<std::ptrdiff_t>(next), work.end(), lessNanLast);
-    return (1.0 - f) * lower + f * upper;
+    if (count == 0)
+        return { 0.0, 0.0 };
+    std::vector<std::size_t> ranks;
+    std::vector<double> fractions;
+    for (const double fraction : { p, q }) {
+        const double pos = fraction * static_cast<double>(count - 1);
+        const double lowerIndex = std::floor(pos);
+        const std::size_t i = static_cast<std::size_t>(lowerIndex);
+        ranks.push_back(i);
+        ranks.push_back(std::min(i + 1, count - 1));
+        fractions.push_back(pos - lowerIndex);
+    }
+    const std::vector<double> v = orderStatistics(count == values.size()
+            ? values
+            : std::vector<double>(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count)),
+        ranks);
+    return { (1.0 - fractions[0]) * v[0] + fractions[0] * v[1],
+        (1.0 - fractions[1]) * v[2] + fractions[1] * v[3] };
 }
 
 // Spread of one axis for the bandwidth: the smaller of IQR / 1.34 and the population standard
@@ -92,9 +107,7 @@ double robustSpread(const std::vector<double>& values, std::size_t count)
 {
     if (count == 0)
         return 0.0;
-    std::vector<double> work(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count));
-    const double q25 = selectQuantile(work, 0.25);
-    const double q75 = selectQuantile(work, 0.75);
+    const auto [q25, q75] = unsortedQuantiles(values, count, 0.25, 0.75);
     const double iqr = q75 - q25;
 
     double sum = 0.0;
@@ -132,27 +145,173 @@ arma::rowvec gaussianKernel(double cells, int gridSize)
     return weights;
 }
 
-// Histogram counts of `count` points on an n x n grid, row-major with y as the row. The offsets
-// from the minima are given, so that each binning pass only divides.
-void countBins(const std::vector<double>& xOffsets, const std::vector<double>& yOffsets, double xStep,
-    double yStep, int n, std::vector<int>& counts)
+// Shifted block bounds for one kernel tap: out(first..last) takes in(first + k..last + k),
+// the positions i with 0 <= i + k < size. False when the tap reaches past the grid.
+bool tapBlock(arma::sword k, arma::sword size, arma::uword& first, arma::uword& last, arma::uword& source)
 {
-    counts.assign(static_cast<std::size_t>(n) * static_cast<std::size_t>(n), 0);
-    const std::size_t count = xOffsets.size();
+    if (k >= size || -k >= size)
+        return false;
+    const arma::sword from = std::max<arma::sword>(0, -k);
+    first = static_cast<arma::uword>(from);
+    last = static_cast<arma::uword>(size - 1 - std::max<arma::sword>(0, k));
+    source = static_cast<arma::uword>(from + k);
+    return true;
+}
+
+// Convolution with a symmetric kernel along x, the matrix's first index, taking the grid as zero
+// outside. Each output accumulates its taps in order from -r to r, one shifted block per tap, so
+// every sum runs left to right while the block operations run over contiguous memory.
+arma::mat smoothAlongX(const arma::mat& in, const arma::rowvec& kernel)
+{
+    const arma::sword radius = static_cast<arma::sword>(kernel.n_elem / 2);
+    const arma::sword size = static_cast<arma::sword>(in.n_rows);
+    arma::mat out(in.n_rows, in.n_cols, arma::fill::zeros);
+    arma::uword first = 0, last = 0, source = 0;
+    for (arma::sword k = -radius; k <= radius; ++k) {
+        if (tapBlock(k, size, first, last, source))
+            out.rows(first, last)
+                += kernel(static_cast<arma::uword>(k + radius)) * in.rows(source, source + last - first);
+    }
+    return out;
+}
+
+// The same along y, the matrix's second index.
+arma::mat smoothAlongY(const arma::mat& in, const arma::rowvec& kernel)
+{
+    const arma::sword radius = static_cast<arma::sword>(kernel.n_elem / 2);
+    const arma::sword size = static_cast<arma::sword>(in.n_cols);
+    arma::mat out(in.n_rows, in.n_cols, arma::fill::zeros);
+    arma::uword first = 0, last = 0, source = 0;
+    for (arma::sword k = -radius; k <= radius; ++k) {
+        if (tapBlock(k, size, first, last, source))
+            out.cols(first, last)
+                += kernel(static_cast<arma::uword>(k + radius)) * in.cols(source, source + last - first);
+    }
+    return out;
+}
+
+// Offsets of the points from the lower corner of their extent, and the extent's ranges; the
+// histogram bins of the grid-size search and of the histogram estimate are taken from these.
+struct OffsetPoints
+{
+    std::vector<double> x;
+    std::vector<double> y;
+    double xRange;
+    double yRange;
+};
+
+OffsetPoints offsetPoints(const std::vector<double>& x, const std::vector<double>& y, std::size_t count)
+{
+    const AxisExtent ex = axisExtent(x, count);
+    const AxisExtent ey = axisExtent(y, count);
+    OffsetPoints points { std::vector<double>(count), std::vector<double>(count), ex.range, ey.range };
     for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin(xOffsets[i] / xStep, n);
-        const int yBin = clampedBin(yOffsets[i] / yStep, n);
-        ++counts[static_cast<std::size_t>(yBin) * static_cast<std::size_t>(n)
-            + static_cast<std::size_t>(xBin)];
+        points.x[i] = x[i] - ex.minimum;
+        points.y[i] = y[i] - ey.minimum;
+    }
+    return points;
+}
+
+// clampedBin(offset / step, n) for a block of offsets, written without branches so that the
+// compiler can divide several offsets at once: NaN and negative quotients go to 0, quotients
+// of n and more to n - 1, the rest are truncated.
+void binBlock(const double* offsets, std::size_t count, double step, int n, int* bins)
+{
+    const double top = n;
+    const double last = n - 1;
+    for (std::size_t i = 0; i < count; ++i) {
+        double q = offsets[i] / step;
+        q = q >= 0.0 ? q : 0.0;
+        q = q < top ? q : last;
+        bins[i] = static_cast<int>(q);
     }
 }
 
-std::vector<double> offsetsFrom(const std::vector<double>& values, std::size_t count, double origin)
+// The cell (yBin * n + xBin) of points [first, first + count) of an n x n histogram.
+void cellBlock(const OffsetPoints& points, std::size_t first, std::size_t count, double xStep, double yStep,
+    int n, int* xBins, int* cells)
 {
-    std::vector<double> offsets(count);
+    binBlock(points.x.data() + first, count, xStep, n, xBins);
+    binBlock(points.y.data() + first, count, yStep, n, cells);
     for (std::size_t i = 0; i < count; ++i)
-        offsets[i] = values[i] - origin;
-    return offsets;
+        cells[i] = cells[i] * n + xBins[i];
+}
+
+constexpr std::size_t binBlockSize = 1024;
+
+// Bins per axis with the lowest Shimazaki-Shinomoto cost, for at least 4 points.
+int optimalGridSizeOf(const OffsetPoints& points)
+{
+    // 20 candidates spaced evenly in log from 32 (e^3.4657359) to 512 (times e^2.7725888); a
+    // candidate equal to the one before is dropped.
+    std::vector<int> candidates;
+    for (int k = 0; k < 20; ++k) {
+        const int n = static_cast<int>(std::round(std::exp(k * 2.7725888 / 19 + 3.4657359)));
+        if (candidates.empty() || candidates.back() != n)
+            candidates.push_back(n);
+    }
+
+    // The histograms are counted a block of points at a time for several candidates at once, so
+    // that the points are read from memory once per group rather than once per candidate; a group
+    // holds as many candidates as keep its histograms within about a megabyte.
+    const std::size_t total = points.x.size();
+    constexpr std::size_t groupCells = 200000;
+    std::vector<double> costs;
+    int xBins[binBlockSize];
+    int cells[binBlockSize];
+    for (std::size_t start = 0; start < candidates.size();) {
+        std::size_t end = start;
+        std::size_t cellSum = 0;
+        while (end < candidates.size()) {
+            const std::size_t size
+                = static_cast<std::size_t>(candidates[end]) * static_cast<std::size_t>(candidates[end]);
+            if (end > start && cellSum + size > groupCells)
+                break;
+            cellSum += size;
+            ++end;
+        }
+        std::vector<std::vector<int>> counts(end - start);
+        for (std::size_t c = start; c < end; ++c)
+            counts[c - start].assign(
+                static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
+        for (std::size_t first = 0; first < total; first += binBlockSize) {
+            const std::size_t count = std::min(binBlockSize, total - first);
+            for (std::size_t c = start; c < end; ++c) {
+                const int n = candidates[c];
+                cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, xBins, cells);
+                std::vector<int>& histogram = counts[c - start];
+                for (std::size_t i = 0; i < count; ++i)
+                    ++histogram[static_cast<std::size_t>(cells[i])];
+            }
+        }
+        for (std::size_t c = start; c < end; ++c) {
+            const int n = candidates[c];
+            const double dx = points.xRange / n;
+            const double dy = points.yRange / n;
+            const double binCount = static_cast<double>(n) * static_cast<double>(n);
+            const double mean = static_cast<double>(total) / binCount;
+            double squares = 0.0;
+            for (const int k : counts[c - start]) {
+                const double d = k - mean;
+                squares += d * d;
+            }
+            const double variance = squares / binCount;
+            const double area = dx * dy;
+            costs.push_back((2.0 * mean - variance) / (area * area));
+        }
+        start = end;
+    }
+
+    // The smallest cost wins, the earlier candidate on a tie; 64 if no cost compares (NaN).
+    int best = 64;
+    double bestCost = std::numeric_limits<double>::infinity();
+    for (std::size_t c = 0; c < candidates.size(); ++c) {
+        if (costs[c] < bestCost) {
+            bestCost = costs[c];
+            best = candidates[c];
+        }
+    }
+    return best;
 }
 
 } // namespace
@@ -173,40 +332,7 @@ int optimalGridSize(const std::vector<double>& x, const std::vector<double>& y)
     const std::size_t count = std::min(x.size(), y.size());
     if (count < 4)
         return 32;
-    const AxisExtent ex = axisExtent(x, count);
-    const AxisExtent ey = axisExtent(y, count);
-    const std::vector<double> xOffsets = offsetsFrom(x, count, ex.minimum);
-    const std::vector<double> yOffsets = offsetsFrom(y, count, ey.minimum);
-
-    int best = 64;
-    double bestCost = std::numeric_limits<double>::infinity();
-    int previous = 0;
-    std::vector<int> counts;
-    for (int k = 0; k < 20; ++k) {
-        // 20 candidates spaced evenly in log from 32 (e^3.4657359) to 512 (times e^2.7725888).
-        const int n = static_cast<int>(std::round(std::exp(k * 2.7725888 / 19 + 3.4657359)));
-        if (n == previous)
-            continue;
-        previous = n;
-        const double dx = ex.range / n;
-        const double dy = ey.range / n;
-        countBins(xOffsets, yOffsets, dx, dy, n, counts);
-        const double cells = static_cast<double>(n) * static_cast<double>(n);
-        const double mean = static_cast<double>(count) / cells;
-        double squares = 0.0;
-        for (const int c : counts) {
-            const double d = c - mean;
-            squares += d * d;
-        }
-        const double variance = squares / cells;
-        const double area = dx * dy;
-        const double cost = (2.0 * mean - variance) / (area * area);
-        if (cost < bestCost) {
-            bestCost = cost;
-            best = n;
-        }
-    }
-    return best;
+    return optimalGridSizeOf(offsetPoints(x, y, count));
 }
 
 double quantile(const std::vector<double>& sorted, double q)
@@ -245,22 +371,28 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     grid.xStep = (ex.maximum + 3.0 * hx - grid.xOrigin) / g;
     grid.yStep = (ey.maximum + 3.0 * hy - grid.yOrigin) / g;
 
-    // Counts as a matrix with the y bin as the row, so that smoothing a matrix row runs along x.
+    // Counts as a matrix indexed (xBin, yBin): a column holds one row of the grid, contiguous in
+    // memory, and the column-major layout of the matrix is the grid's row-major order.
     const arma::uword n = static_cast<arma::uword>(g);
     arma::mat counts(n, n, arma::fill::zeros);
-    for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin((x[i] - grid.xOrigin) / grid.xStep, g);
-        const int yBin = clampedBin((y[i] - grid.yOrigin) / grid.yStep, g);
-        counts(static_cast<arma::uword>(yBin), static_cast<arma::uword>(xBin)) += 1.0;
+    double xOffsets[binBlockSize];
+    double yOffsets[binBlockSize];
+    int xBins[binBlockSize];
+    int yBins[binBlockSize];
+    for (std::size_t first = 0; first < count; first += binBlockSize) {
+        const std::size_t block = std::min(binBlockSize, count - first);
+        for (std::size_t i = 0; i < block; ++i) {
+            xOffsets[i] = x[first + i] - grid.xOrigin;
+            yOffsets[i] = y[first + i] - grid.yOrigin;
+        }
+        binBlock(xOffsets, block, grid.xStep, g, xBins);
+        binBlock(yOffsets, block, grid.yStep, g, yBins);
+        for (std::size_t i = 0; i < block; ++i)
+            counts(static_cast<arma::uword>(xBins[i]), static_cast<arma::uword>(yBins[i])) += 1.0;
     }
 
-    // Both passes convolve matrix rows with a row kernel, which sums the taps left to right; the
-    // transpose in between turns the y direction into rows. "same" treats the outside as zero.
-    const arma::rowvec kernelX = gaussianKernel(hx / grid.xStep, g);
-    const arma::rowvec kernelY = gaussianKernel(hy / grid.yStep, g);
-    const arma::mat alongX = arma::conv2(counts, kernelX, "same");
-    const arma::mat smoothed = arma::conv2(alongX.t(), kernelY, "same");
-    // smoothed(xBin, yBin) in column-major order is yBin * g + xBin: already the row-major layout.
+    const arma::mat alongX = smoothAlongX(counts, gaussianKernel(hx / grid.xStep, g));
+    const arma::mat smoothed = smoothAlongY(alongX, gaussianKernel(hy / grid.yStep, g));
     grid.values.assign(smoothed.memptr(), smoothed.memptr() + smoothed.n_elem);
     return grid;
 }
@@ -279,8 +411,8 @@ std::vector<double> interpolateGrid(
     for (std::size_t p = 0; p < count; ++p) {
         const double fx = (x[p] - grid.xOrigin) / grid.xStep - 0.5;
         const double fy = (y[p] - grid.yOrigin) / grid.yStep - 0.5;
-        const double i = std::floor(fx);
-        const double j = std::floor(fy);
+        const double i = floorOf(fx);
+        const double j = floorOf(fy);
         const double tx = fx - i;
         const double ty = fy - j;
         const std::size_t i0 = static_cast<std::size_t>(clampedIndex(i, g));
@@ -296,23 +428,24 @@ std::vector<double> interpolateGrid(
 std::vector<double> histogramDensity(const std::vector<double>& x, const std::vector<double>& y)
 {
     const std::size_t count = std::min(x.size(), y.size());
-    const int g = optimalGridSize(x, y);
-    const AxisExtent ex = axisExtent(x, count);
-    const AxisExtent ey = axisExtent(y, count);
-    const std::vector<double> xOffsets = offsetsFrom(x, count, ex.minimum);
-    const std::vector<double> yOffsets = offsetsFrom(y, count, ey.minimum);
-    const double dx = ex.range / g;
-    const double dy = ey.range / g;
-    std::vector<int> counts;
-    countBins(xOffsets, yOffsets, dx, dy, g, counts);
+    const OffsetPoints points = offsetPoints(x, y, count);
+    const int g = count < 4 ? 32 : optimalGridSizeOf(points);
+    const double dx = points.xRange / g;
+    const double dy = points.yRange / g;
+
+    // Each point's cell is kept from the counting pass for the lookup.
+    std::vector<int> cells(count);
+    std::vector<int> xBins(binBlockSize);
+    for (std::size_t first = 0; first < count; first += binBlockSize)
+        cellBlock(points, first, std::min(binBlockSize, count - first), dx, dy, g, xBins.data(),
+            cells.data() + first);
+    std::vector<int> counts(static_cast<std::size_t>(g) * static_cast<std::size_t>(g), 0);
+    for (const int cell : cells)
+        ++counts[static_cast<std::size_t>(cell)];
 
     std::vector<double> out(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin(xOffsets[i] / dx, g);
-        const int yBin = clampedBin(yOffsets[i] / dy, g);
-        out[i] = counts[static_cast<std::size_t>(yBin) * static_cast<std::size_t>(g)
-            + static_cast<std::size_t>(xBin)];
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = counts[static_cast<std::size_t>(cells[i])];
     return out;
 }
 
