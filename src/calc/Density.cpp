@@ -190,12 +190,15 @@ arma::mat smoothAlongY(const arma::mat& in, const arma::rowvec& kernel)
     return out;
 }
 
-// Offsets of the points from the lower corner of their extent, and the extent's ranges; the
-// histogram bins of the grid-size search and of the histogram estimate are taken from these.
+// Points measured from the lower corner of their extent, with the extent's ranges; the histogram
+// bins of the grid-size search and of the histogram estimate are taken from the offsets.
 struct OffsetPoints
 {
-    std::vector<double> x;
-    std::vector<double> y;
+    const double* x;
+    const double* y;
+    std::size_t count;
+    double xMinimum;
+    double yMinimum;
     double xRange;
     double yRange;
 };
@@ -204,12 +207,7 @@ OffsetPoints offsetPoints(const std::vector<double>& x, const std::vector<double
 {
     const AxisExtent ex = axisExtent(x, count);
     const AxisExtent ey = axisExtent(y, count);
-    OffsetPoints points { std::vector<double>(count), std::vector<double>(count), ex.range, ey.range };
-    for (std::size_t i = 0; i < count; ++i) {
-        points.x[i] = x[i] - ex.minimum;
-        points.y[i] = y[i] - ey.minimum;
-    }
-    return points;
+    return { x.data(), y.data(), count, ex.minimum, ey.minimum, ex.range, ey.range };
 }
 
 // clampedBin(offset / step, n) for a block of offsets, written without branches so that the
@@ -227,17 +225,30 @@ void binBlock(const double* offsets, std::size_t count, double step, int n, int*
     }
 }
 
-// The cell (yBin * n + xBin) of points [first, first + count) of an n x n histogram.
-void cellBlock(const OffsetPoints& points, std::size_t first, std::size_t count, double xStep, double yStep,
-    int n, int* xBins, int* cells)
-{
-    binBlock(points.x.data() + first, count, xStep, n, xBins);
-    binBlock(points.y.data() + first, count, yStep, n, cells);
-    for (std::size_t i = 0; i < count; ++i)
-        cells[i] = cells[i] * n + xBins[i];
-}
-
 constexpr std::size_t binBlockSize = 1024;
+
+// Scratch space for the cells of one block of points.
+struct CellBlock
+{
+    double xOffsets[binBlockSize];
+    double yOffsets[binBlockSize];
+    int xBins[binBlockSize];
+};
+
+// The cell (yBin * n + xBin) of points [first, first + count) of an n x n histogram; count is at
+// most binBlockSize.
+void cellBlock(const OffsetPoints& points, std::size_t first, std::size_t count, double xStep, double yStep,
+    int n, CellBlock& scratch, int* cells)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        scratch.xOffsets[i] = points.x[first + i] - points.xMinimum;
+        scratch.yOffsets[i] = points.y[first + i] - points.yMinimum;
+    }
+    binBlock(scratch.xOffsets, count, xStep, n, scratch.xBins);
+    binBlock(scratch.yOffsets, count, yStep, n, cells);
+    for (std::size_t i = 0; i < count; ++i)
+        cells[i] = cells[i] * n + scratch.xBins[i];
+}
 
 // Bins per axis with the lowest Shimazaki-Shinomoto cost, for at least 4 points.
 int optimalGridSizeOf(const OffsetPoints& points)
@@ -254,10 +265,10 @@ int optimalGridSizeOf(const OffsetPoints& points)
     // The histograms are counted a block of points at a time for several candidates at once, so
     // that the points are read from memory once per group rather than once per candidate; a group
     // holds as many candidates as keep its histograms within about a megabyte.
-    const std::size_t total = points.x.size();
+    const std::size_t total = points.count;
     constexpr std::size_t groupCells = 200000;
     std::vector<double> costs;
-    int xBins[binBlockSize];
+    CellBlock scratch;
     int cells[binBlockSize];
     for (std::size_t start = 0; start < candidates.size();) {
         std::size_t end = start;
@@ -278,7 +289,7 @@ int optimalGridSizeOf(const OffsetPoints& points)
             const std::size_t count = std::min(binBlockSize, total - first);
             for (std::size_t c = start; c < end; ++c) {
                 const int n = candidates[c];
-                cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, xBins, cells);
+                cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, scratch, cells);
                 std::vector<int>& histogram = counts[c - start];
                 for (std::size_t i = 0; i < count; ++i)
                     ++histogram[static_cast<std::size_t>(cells[i])];
@@ -435,10 +446,10 @@ std::vector<double> histogramDensity(const std::vector<double>& x, const std::ve
 
     // Each point's cell is kept from the counting pass for the lookup.
     std::vector<int> cells(count);
-    std::vector<int> xBins(binBlockSize);
+    CellBlock scratch;
     for (std::size_t first = 0; first < count; first += binBlockSize)
-        cellBlock(points, first, std::min(binBlockSize, count - first), dx, dy, g, xBins.data(),
-            cells.data() + first);
+        cellBlock(
+            points, first, std::min(binBlockSize, count - first), dx, dy, g, scratch, cells.data() + first);
     std::vector<int> counts(static_cast<std::size_t>(g) * static_cast<std::size_t>(g), 0);
     for (const int cell : cells)
         ++counts[static_cast<std::size_t>(cell)];
@@ -533,44 +544,53 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
     return out;
 }
 
+namespace {
+
+std::vector<double> estimate(const std::vector<double>& x, const std::vector<double>& y, int method)
+{
+    switch (method) {
+    case KernelDensity:
+        return interpolateGrid(kernelDensityGrid(x, y, 0), x, y);
+    case HistogramDensity:
+        return histogramDensity(x, y);
+    default:
+        return nearestNeighbourDensity(x, y);
+    }
+}
+
+} // namespace
+
 std::vector<double> computeDensity(const std::vector<double>& x, const std::vector<double>& y, int method)
 {
-    std::vector<double> result(x.size(), kNaN);
-    if (x.size() != y.size())
-        return result;
+    const bool known
+        = method == KernelDensity || method == HistogramDensity || method == NearestNeighbourDensity;
+    if (x.size() != y.size() || !known)
+        return std::vector<double>(x.size(), kNaN);
+
+    std::size_t finite = 0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+        finite += std::isfinite(x[i]) && std::isfinite(y[i]) ? 1 : 0;
+    if (finite < 4)
+        return std::vector<double>(x.size(), kNaN);
+    if (finite == x.size())
+        return estimate(x, y, method);
 
     std::vector<double> fx;
     std::vector<double> fy;
-    std::vector<std::size_t> positions;
-    fx.reserve(x.size());
-    fy.reserve(x.size());
-    positions.reserve(x.size());
+    fx.reserve(finite);
+    fy.reserve(finite);
     for (std::size_t i = 0; i < x.size(); ++i) {
         if (std::isfinite(x[i]) && std::isfinite(y[i])) {
             fx.push_back(x[i]);
             fy.push_back(y[i]);
-            positions.push_back(i);
         }
     }
-    if (positions.size() < 4)
-        return result;
-
-    std::vector<double> estimates;
-    switch (method) {
-    case KernelDensity:
-        estimates = interpolateGrid(kernelDensityGrid(fx, fy, 0), fx, fy);
-        break;
-    case HistogramDensity:
-        estimates = histogramDensity(fx, fy);
-        break;
-    case NearestNeighbourDensity:
-        estimates = nearestNeighbourDensity(fx, fy);
-        break;
-    default:
-        return result;
+    const std::vector<double> estimates = estimate(fx, fy, method);
+    std::vector<double> result(x.size(), kNaN);
+    for (std::size_t i = 0, next = 0; i < x.size(); ++i) {
+        if (std::isfinite(x[i]) && std::isfinite(y[i]))
+            result[i] = estimates[next++];
     }
-    for (std::size_t i = 0; i < positions.size(); ++i)
-        result[positions[i]] = estimates[i];
     return result;
 }
 
