@@ -488,34 +488,65 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
     }
     for (std::size_t c = 0; c < cellCount; ++c)
         cellStart[c + 1] += cellStart[c];
+    // Squared distances of finite points are never NaN, and plain comparisons select faster.
+    bool allFinite = true;
+    for (std::size_t i = 0; i < count; ++i)
+        allFinite = allFinite && std::isfinite(x[i]) && std::isfinite(y[i]);
+
+    // Coordinates in cell order, so that a cell's distances come from contiguous memory.
     std::vector<std::size_t> cellPoints(count);
+    std::vector<std::size_t> slotOf(count);
     {
         std::vector<std::size_t> fill(cellStart.begin(), cellStart.end() - 1);
-        for (std::size_t i = 0; i < count; ++i)
-            cellPoints[fill[static_cast<std::size_t>(rowOf[i] * cellsPerAxis + columnOf[i])]++] = i;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t slot = fill[static_cast<std::size_t>(rowOf[i] * cellsPerAxis + columnOf[i])]++;
+            cellPoints[slot] = i;
+            slotOf[i] = slot;
+        }
+    }
+    std::vector<double> cellX(count);
+    std::vector<double> cellY(count);
+    for (std::size_t s = 0; s < count; ++s) {
+        cellX[s] = x[cellPoints[s]];
+        cellY[s] = y[cellPoints[s]];
     }
 
     std::vector<double> out(count);
-    std::vector<double> distances;
-    for (std::size_t p = 0; p < count; ++p) {
-        distances.clear();
+    std::vector<double> distances(count);
+    // Points are taken in cell order, which keeps the neighbouring cells in the cache.
+    for (std::size_t visit = 0; visit < count; ++visit) {
+        const std::size_t p = cellPoints[visit];
+        const std::size_t self = slotOf[p];
         const double px = x[p];
         const double py = y[p];
+        std::size_t found = 0;
+        auto addRange = [&](std::size_t from, std::size_t to) {
+            if (distances.size() < found + (to - from))
+                distances.resize(2 * (found + (to - from)));
+            double* d = distances.data() + found;
+            for (std::size_t s = from; s < to; ++s) {
+                const double ddx = cellX[s] - px;
+                const double ddy = cellY[s] - py;
+                d[s - from] = ddx * ddx + ddy * ddy;
+            }
+            found += to - from;
+        };
         auto visitCell = [&](int row, int column) {
             const std::size_t cell = static_cast<std::size_t>(row * cellsPerAxis + column);
-            for (std::size_t s = cellStart[cell]; s < cellStart[cell + 1]; ++s) {
-                const std::size_t q = cellPoints[s];
-                if (q == p)
-                    continue;
-                const double ddx = x[q] - px;
-                const double ddy = y[q] - py;
-                distances.push_back(ddx * ddx + ddy * ddy);
+            const std::size_t from = cellStart[cell];
+            const std::size_t to = cellStart[cell + 1];
+            // Every point of the cell but the one being estimated.
+            if (self >= from && self < to) {
+                addRange(from, self);
+                addRange(self + 1, to);
+            } else {
+                addRange(from, to);
             }
         };
         // Ring r visits the border of the square of half-width r clamped to the grid. A cell on
         // the grid's edge stays on that border for several rings and is counted at each of them;
         // this weighting at the rim is part of the estimate.
-        for (int r = 0; distances.size() < k && r <= cellsPerAxis; ++r) {
+        for (int r = 0; found < k && r <= cellsPerAxis; ++r) {
             const int top = std::max(rowOf[p] - r, 0);
             const int bottom = std::min(rowOf[p] + r, cellsPerAxis - 1);
             const int left = std::max(columnOf[p] - r, 0);
@@ -531,13 +562,18 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
                 }
             }
         }
-        const std::size_t m = std::min(distances.size(), k);
+        const std::size_t m = std::min(found, k);
         if (m == 0) {
             out[p] = 0.0;
             continue;
         }
-        std::nth_element(distances.begin(), distances.begin() + static_cast<std::ptrdiff_t>(m - 1),
-            distances.end(), lessNanLast);
+        const auto begin = distances.begin();
+        const auto nth = begin + static_cast<std::ptrdiff_t>(m - 1);
+        const auto end = begin + static_cast<std::ptrdiff_t>(found);
+        if (allFinite)
+            std::nth_element(begin, nth, end);
+        else
+            std::nth_element(begin, nth, end, lessNanLast);
         const double d2 = distances[m - 1];
         out[p] = d2 > 0.0 ? static_cast<double>(m) / (kPi * d2) : static_cast<double>(m);
     }
