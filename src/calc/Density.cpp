@@ -123,8 +123,9 @@ double robustSpread(const std::vector<double>& values, std::size_t count)
     return iqr > 0.0 ? std::min(iqr / 1.34, sd) : sd;
 }
 
-// Normalised Gaussian taps -r..r for a bandwidth of `cells` grid cells, at least one tap either
-// side. A kernel wider than the grid would only add taps that meet zeros.
+// Normalised Gaussian taps -r..r, r = ceil(4 * cells) but at least 1, for a bandwidth of `cells`
+// grid cells. The grid reaches three bandwidths beyond the data on each side, so a bandwidth is
+// under a sixth of the grid and r stays within it; the cap only guards non-finite input.
 arma::rowvec gaussianKernel(double cells, int gridSize)
 {
     const double reach = std::ceil(4.0 * cells);
