@@ -1,6 +1,7 @@
 #include "calc/Contours.h"
 
 #include "calc/Density.h"
+#include "calc/OrderStatistics.h"
 #include "core/ScaleModes.h"
 
 #include <algorithm>
@@ -15,17 +16,7 @@ double densityAtFraction(const std::vector<double>& densities, double fraction)
     const std::size_t n = densities.size();
     const std::size_t i
         = std::min(static_cast<std::size_t>(std::floor(static_cast<double>(n) * fraction)), n - 1);
-    // Only the value at rank i is needed: selecting it gives what a full sort would.
-    std::vector<double> work(densities);
-    std::nth_element(
-        work.begin(), work.begin() + static_cast<std::ptrdiff_t>(i), work.end(), [](double a, double b) {
-            if (std::isnan(a))
-                return false;
-            if (std::isnan(b))
-                return true;
-            return a < b;
-        });
-    return work[i];
+    return orderStatistics(densities, { i }).front();
 }
 
 std::vector<ContourLevel> computeContours(const std::vector<double>& x, const std::vector<double>& y,

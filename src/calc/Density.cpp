@@ -1,5 +1,7 @@
 #include "calc/Density.h"
 
+#include "calc/OrderStatistics.h"
+
 #include <algorithm>
 #include <armadillo>
 #include <cmath>
@@ -56,6 +58,15 @@ int clampedIndex(double index, int n)
     return static_cast<int>(index);
 }
 
+// std::floor, without a library call where truncation gives the same result.
+double floorOf(double v)
+{
+    if (!(std::fabs(v) < 4.0e15))
+        return std::floor(v);
+    const double truncated = static_cast<double>(static_cast<long long>(v));
+    return truncated > v ? truncated - 1.0 : truncated;
+}
+
 // NaN sorts last, which keeps the ordering strict and weak for any input.
 bool lessNanLast(double a, double b)
 {
@@ -66,24 +77,28 @@ bool lessNanLast(double a, double b)
     return a < b;
 }
 
-// quantile() of the sorted order of `work`, by selection instead of a full sort; `work` is
-// reordered. Gives the same value as sorting first.
-double selectQuantile(std::vector<double>& work, double q)
+// quantile() of the sorted order of the first `count` values, at two fractions.
+std::pair<double, double> unsortedQuantiles(
+    const std::vector<double>& values, std::size_t count, double p, double q)
 {
-    const std::size_t n = work.size();
-    if (n == 0)
-        return 0.0;
-    const double pos = q * static_cast<double>(n - 1);
-    const double lowerIndex = std::floor(pos);
-    const double f = pos - lowerIndex;
-    const std::size_t i = static_cast<std::size_t>(lowerIndex);
-    const std::size_t next = std::min(i + 1, n - 1);
-    std::nth_element(work.begin(), work.begin() + static_cast<std::ptrdiff_t>(i), work.end(), lessNanLast);
-    const double lower = work[i];
-    const double upper = next == i
-        ? lower
-        : *std::min_element(work.begin() + static_cast<std::ptrdiff_t>(next), work.end(), lessNanLast);
-    return (1.0 - f) * lower + f * upper;
+    if (count == 0)
+        return { 0.0, 0.0 };
+    std::vector<std::size_t> ranks;
+    std::vector<double> fractions;
+    for (const double fraction : { p, q }) {
+        const double pos = fraction * static_cast<double>(count - 1);
+        const double lowerIndex = std::floor(pos);
+        const std::size_t i = static_cast<std::size_t>(lowerIndex);
+        ranks.push_back(i);
+        ranks.push_back(std::min(i + 1, count - 1));
+        fractions.push_back(pos - lowerIndex);
+    }
+    const std::vector<double> v = orderStatistics(count == values.size()
+            ? values
+            : std::vector<double>(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count)),
+        ranks);
+    return { (1.0 - fractions[0]) * v[0] + fractions[0] * v[1],
+        (1.0 - fractions[1]) * v[2] + fractions[1] * v[3] };
 }
 
 // Spread of one axis for the bandwidth: the smaller of IQR / 1.34 and the population standard
@@ -92,9 +107,7 @@ double robustSpread(const std::vector<double>& values, std::size_t count)
 {
     if (count == 0)
         return 0.0;
-    std::vector<double> work(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count));
-    const double q25 = selectQuantile(work, 0.25);
-    const double q75 = selectQuantile(work, 0.75);
+    const auto [q25, q75] = unsortedQuantiles(values, count, 0.25, 0.75);
     const double iqr = q75 - q25;
 
     double sum = 0.0;
@@ -110,8 +123,9 @@ double robustSpread(const std::vector<double>& values, std::size_t count)
     return iqr > 0.0 ? std::min(iqr / 1.34, sd) : sd;
 }
 
-// Normalised Gaussian taps -r..r for a bandwidth of `cells` grid cells, at least one tap either
-// side. A kernel wider than the grid would only add taps that meet zeros.
+// Normalised Gaussian taps -r..r, r = ceil(4 * cells) but at least 1, for a bandwidth of `cells`
+// grid cells. The grid reaches three bandwidths beyond the data on each side, so a bandwidth is
+// under a sixth of the grid and r stays within it; the cap only guards non-finite input.
 arma::rowvec gaussianKernel(double cells, int gridSize)
 {
     const double reach = std::ceil(4.0 * cells);
@@ -132,27 +146,194 @@ arma::rowvec gaussianKernel(double cells, int gridSize)
     return weights;
 }
 
-// Histogram counts of `count` points on an n x n grid, row-major with y as the row. The offsets
-// from the minima are given, so that each binning pass only divides.
-void countBins(const std::vector<double>& xOffsets, const std::vector<double>& yOffsets, double xStep,
-    double yStep, int n, std::vector<int>& counts)
+// Shifted block bounds for one kernel tap: out(first..last) takes in(first + k..last + k),
+// the positions i with 0 <= i + k < size. False when the tap reaches past the grid.
+bool tapBlock(arma::sword k, arma::sword size, arma::uword& first, arma::uword& last, arma::uword& source)
 {
-    counts.assign(static_cast<std::size_t>(n) * static_cast<std::size_t>(n), 0);
-    const std::size_t count = xOffsets.size();
+    if (k >= size || -k >= size)
+        return false;
+    const arma::sword from = std::max<arma::sword>(0, -k);
+    first = static_cast<arma::uword>(from);
+    last = static_cast<arma::uword>(size - 1 - std::max<arma::sword>(0, k));
+    source = static_cast<arma::uword>(from + k);
+    return true;
+}
+
+// Convolution with a symmetric kernel along x, the matrix's first index, taking the grid as zero
+// outside. Each output accumulates its taps in order from -r to r, one shifted block per tap, so
+// every sum runs left to right while the block operations run over contiguous memory.
+arma::mat smoothAlongX(const arma::mat& in, const arma::rowvec& kernel)
+{
+    const arma::sword radius = static_cast<arma::sword>(kernel.n_elem / 2);
+    const arma::sword size = static_cast<arma::sword>(in.n_rows);
+    arma::mat out(in.n_rows, in.n_cols, arma::fill::zeros);
+    arma::uword first = 0, last = 0, source = 0;
+    for (arma::sword k = -radius; k <= radius; ++k) {
+        if (tapBlock(k, size, first, last, source))
+            out.rows(first, last)
+                += kernel(static_cast<arma::uword>(k + radius)) * in.rows(source, source + last - first);
+    }
+    return out;
+}
+
+// The same along y, the matrix's second index.
+arma::mat smoothAlongY(const arma::mat& in, const arma::rowvec& kernel)
+{
+    const arma::sword radius = static_cast<arma::sword>(kernel.n_elem / 2);
+    const arma::sword size = static_cast<arma::sword>(in.n_cols);
+    arma::mat out(in.n_rows, in.n_cols, arma::fill::zeros);
+    arma::uword first = 0, last = 0, source = 0;
+    for (arma::sword k = -radius; k <= radius; ++k) {
+        if (tapBlock(k, size, first, last, source))
+            out.cols(first, last)
+                += kernel(static_cast<arma::uword>(k + radius)) * in.cols(source, source + last - first);
+    }
+    return out;
+}
+
+// Points measured from the lower corner of their extent, with the extent's ranges; the histogram
+// bins of the grid-size search and of the histogram estimate are taken from the offsets.
+struct OffsetPoints
+{
+    const double* x;
+    const double* y;
+    std::size_t count;
+    double xMinimum;
+    double yMinimum;
+    double xRange;
+    double yRange;
+};
+
+OffsetPoints offsetPoints(const std::vector<double>& x, const std::vector<double>& y, std::size_t count)
+{
+    const AxisExtent ex = axisExtent(x, count);
+    const AxisExtent ey = axisExtent(y, count);
+    return { x.data(), y.data(), count, ex.minimum, ey.minimum, ex.range, ey.range };
+}
+
+// The binning loops divide several offsets per instruction; where the processor has AVX2 a second
+// build of them divides four at once. Division, comparison and truncation round alike in both,
+// so the bins are the same.
+#if defined(__x86_64__) && defined(__linux__) && (defined(__GNUC__) || defined(__clang__))
+#define TESSALY_WIDE_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
+#else
+#define TESSALY_WIDE_VECTOR_CLONES
+#endif
+
+// clampedBin(offset / step, n) for a block of offsets, written without branches so that the
+// compiler can divide several offsets at once: NaN and negative quotients go to 0, quotients
+// of n and more to n - 1, the rest are truncated.
+TESSALY_WIDE_VECTOR_CLONES void binBlock(
+    const double* offsets, std::size_t count, double step, int n, int* bins)
+{
+    const double top = n;
+    const double last = n - 1;
     for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin(xOffsets[i] / xStep, n);
-        const int yBin = clampedBin(yOffsets[i] / yStep, n);
-        ++counts[static_cast<std::size_t>(yBin) * static_cast<std::size_t>(n)
-            + static_cast<std::size_t>(xBin)];
+        double q = offsets[i] / step;
+        q = q >= 0.0 ? q : 0.0;
+        q = q < top ? q : last;
+        bins[i] = static_cast<int>(q);
     }
 }
 
-std::vector<double> offsetsFrom(const std::vector<double>& values, std::size_t count, double origin)
+constexpr std::size_t binBlockSize = 1024;
+
+// Scratch space for the cells of one block of points.
+struct CellBlock
 {
-    std::vector<double> offsets(count);
+    double xOffsets[binBlockSize];
+    double yOffsets[binBlockSize];
+    int xBins[binBlockSize];
+};
+
+// The cell (yBin * n + xBin) of points [first, first + count) of an n x n histogram; count is at
+// most binBlockSize.
+void cellBlock(const OffsetPoints& points, std::size_t first, std::size_t count, double xStep, double yStep,
+    int n, CellBlock& scratch, int* cells)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        scratch.xOffsets[i] = points.x[first + i] - points.xMinimum;
+        scratch.yOffsets[i] = points.y[first + i] - points.yMinimum;
+    }
+    binBlock(scratch.xOffsets, count, xStep, n, scratch.xBins);
+    binBlock(scratch.yOffsets, count, yStep, n, cells);
     for (std::size_t i = 0; i < count; ++i)
-        offsets[i] = values[i] - origin;
-    return offsets;
+        cells[i] = cells[i] * n + scratch.xBins[i];
+}
+
+// Bins per axis with the lowest Shimazaki-Shinomoto cost, for at least 4 points.
+int optimalGridSizeOf(const OffsetPoints& points)
+{
+    // 20 candidates spaced evenly in log from 32 (e^3.4657359) to 512 (times e^2.7725888); a
+    // candidate equal to the one before is dropped.
+    std::vector<int> candidates;
+    for (int k = 0; k < 20; ++k) {
+        const int n = static_cast<int>(std::round(std::exp(k * 2.7725888 / 19 + 3.4657359)));
+        if (candidates.empty() || candidates.back() != n)
+            candidates.push_back(n);
+    }
+
+    // The histograms are counted a block of points at a time for several candidates at once, so
+    // that the points are read from memory once per group rather than once per candidate; a group
+    // holds as many candidates as keep its histograms within about a megabyte.
+    const std::size_t total = points.count;
+    constexpr std::size_t groupCells = 200000;
+    std::vector<double> costs;
+    CellBlock scratch;
+    int cells[binBlockSize];
+    for (std::size_t start = 0; start < candidates.size();) {
+        std::size_t end = start;
+        std::size_t cellSum = 0;
+        while (end < candidates.size()) {
+            const std::size_t size
+                = static_cast<std::size_t>(candidates[end]) * static_cast<std::size_t>(candidates[end]);
+            if (end > start && cellSum + size > groupCells)
+                break;
+            cellSum += size;
+            ++end;
+        }
+        std::vector<std::vector<int>> counts(end - start);
+        for (std::size_t c = start; c < end; ++c)
+            counts[c - start].assign(
+                static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
+        for (std::size_t first = 0; first < total; first += binBlockSize) {
+            const std::size_t count = std::min(binBlockSize, total - first);
+            for (std::size_t c = start; c < end; ++c) {
+                const int n = candidates[c];
+                cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, scratch, cells);
+                std::vector<int>& histogram = counts[c - start];
+                for (std::size_t i = 0; i < count; ++i)
+                    ++histogram[static_cast<std::size_t>(cells[i])];
+            }
+        }
+        for (std::size_t c = start; c < end; ++c) {
+            const int n = candidates[c];
+            const double dx = points.xRange / n;
+            const double dy = points.yRange / n;
+            const double binCount = static_cast<double>(n) * static_cast<double>(n);
+            const double mean = static_cast<double>(total) / binCount;
+            double squares = 0.0;
+            for (const int k : counts[c - start]) {
+                const double d = k - mean;
+                squares += d * d;
+            }
+            const double variance = squares / binCount;
+            const double area = dx * dy;
+            costs.push_back((2.0 * mean - variance) / (area * area));
+        }
+        start = end;
+    }
+
+    // The smallest cost wins, the earlier candidate on a tie; 64 if no cost compares (NaN).
+    int best = 64;
+    double bestCost = std::numeric_limits<double>::infinity();
+    for (std::size_t c = 0; c < candidates.size(); ++c) {
+        if (costs[c] < bestCost) {
+            bestCost = costs[c];
+            best = candidates[c];
+        }
+    }
+    return best;
 }
 
 } // namespace
@@ -173,40 +354,7 @@ int optimalGridSize(const std::vector<double>& x, const std::vector<double>& y)
     const std::size_t count = std::min(x.size(), y.size());
     if (count < 4)
         return 32;
-    const AxisExtent ex = axisExtent(x, count);
-    const AxisExtent ey = axisExtent(y, count);
-    const std::vector<double> xOffsets = offsetsFrom(x, count, ex.minimum);
-    const std::vector<double> yOffsets = offsetsFrom(y, count, ey.minimum);
-
-    int best = 64;
-    double bestCost = std::numeric_limits<double>::infinity();
-    int previous = 0;
-    std::vector<int> counts;
-    for (int k = 0; k < 20; ++k) {
-        // 20 candidates spaced evenly in log from 32 (e^3.4657359) to 512 (times e^2.7725888).
-        const int n = static_cast<int>(std::round(std::exp(k * 2.7725888 / 19 + 3.4657359)));
-        if (n == previous)
-            continue;
-        previous = n;
-        const double dx = ex.range / n;
-        const double dy = ey.range / n;
-        countBins(xOffsets, yOffsets, dx, dy, n, counts);
-        const double cells = static_cast<double>(n) * static_cast<double>(n);
-        const double mean = static_cast<double>(count) / cells;
-        double squares = 0.0;
-        for (const int c : counts) {
-            const double d = c - mean;
-            squares += d * d;
-        }
-        const double variance = squares / cells;
-        const double area = dx * dy;
-        const double cost = (2.0 * mean - variance) / (area * area);
-        if (cost < bestCost) {
-            bestCost = cost;
-            best = n;
-        }
-    }
-    return best;
+    return optimalGridSizeOf(offsetPoints(x, y, count));
 }
 
 double quantile(const std::vector<double>& sorted, double q)
@@ -245,22 +393,28 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     grid.xStep = (ex.maximum + 3.0 * hx - grid.xOrigin) / g;
     grid.yStep = (ey.maximum + 3.0 * hy - grid.yOrigin) / g;
 
-    // Counts as a matrix with the y bin as the row, so that smoothing a matrix row runs along x.
+    // Counts as a matrix indexed (xBin, yBin): a column holds one row of the grid, contiguous in
+    // memory, and the column-major layout of the matrix is the grid's row-major order.
     const arma::uword n = static_cast<arma::uword>(g);
     arma::mat counts(n, n, arma::fill::zeros);
-    for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin((x[i] - grid.xOrigin) / grid.xStep, g);
-        const int yBin = clampedBin((y[i] - grid.yOrigin) / grid.yStep, g);
-        counts(static_cast<arma::uword>(yBin), static_cast<arma::uword>(xBin)) += 1.0;
+    double xOffsets[binBlockSize];
+    double yOffsets[binBlockSize];
+    int xBins[binBlockSize];
+    int yBins[binBlockSize];
+    for (std::size_t first = 0; first < count; first += binBlockSize) {
+        const std::size_t block = std::min(binBlockSize, count - first);
+        for (std::size_t i = 0; i < block; ++i) {
+            xOffsets[i] = x[first + i] - grid.xOrigin;
+            yOffsets[i] = y[first + i] - grid.yOrigin;
+        }
+        binBlock(xOffsets, block, grid.xStep, g, xBins);
+        binBlock(yOffsets, block, grid.yStep, g, yBins);
+        for (std::size_t i = 0; i < block; ++i)
+            counts(static_cast<arma::uword>(xBins[i]), static_cast<arma::uword>(yBins[i])) += 1.0;
     }
 
-    // Both passes convolve matrix rows with a row kernel, which sums the taps left to right; the
-    // transpose in between turns the y direction into rows. "same" treats the outside as zero.
-    const arma::rowvec kernelX = gaussianKernel(hx / grid.xStep, g);
-    const arma::rowvec kernelY = gaussianKernel(hy / grid.yStep, g);
-    const arma::mat alongX = arma::conv2(counts, kernelX, "same");
-    const arma::mat smoothed = arma::conv2(alongX.t(), kernelY, "same");
-    // smoothed(xBin, yBin) in column-major order is yBin * g + xBin: already the row-major layout.
+    const arma::mat alongX = smoothAlongX(counts, gaussianKernel(hx / grid.xStep, g));
+    const arma::mat smoothed = smoothAlongY(alongX, gaussianKernel(hy / grid.yStep, g));
     grid.values.assign(smoothed.memptr(), smoothed.memptr() + smoothed.n_elem);
     return grid;
 }
@@ -279,8 +433,8 @@ std::vector<double> interpolateGrid(
     for (std::size_t p = 0; p < count; ++p) {
         const double fx = (x[p] - grid.xOrigin) / grid.xStep - 0.5;
         const double fy = (y[p] - grid.yOrigin) / grid.yStep - 0.5;
-        const double i = std::floor(fx);
-        const double j = std::floor(fy);
+        const double i = floorOf(fx);
+        const double j = floorOf(fy);
         const double tx = fx - i;
         const double ty = fy - j;
         const std::size_t i0 = static_cast<std::size_t>(clampedIndex(i, g));
@@ -296,23 +450,24 @@ std::vector<double> interpolateGrid(
 std::vector<double> histogramDensity(const std::vector<double>& x, const std::vector<double>& y)
 {
     const std::size_t count = std::min(x.size(), y.size());
-    const int g = optimalGridSize(x, y);
-    const AxisExtent ex = axisExtent(x, count);
-    const AxisExtent ey = axisExtent(y, count);
-    const std::vector<double> xOffsets = offsetsFrom(x, count, ex.minimum);
-    const std::vector<double> yOffsets = offsetsFrom(y, count, ey.minimum);
-    const double dx = ex.range / g;
-    const double dy = ey.range / g;
-    std::vector<int> counts;
-    countBins(xOffsets, yOffsets, dx, dy, g, counts);
+    const OffsetPoints points = offsetPoints(x, y, count);
+    const int g = count < 4 ? 32 : optimalGridSizeOf(points);
+    const double dx = points.xRange / g;
+    const double dy = points.yRange / g;
+
+    // Each point's cell is kept from the counting pass for the lookup.
+    std::vector<int> cells(count);
+    CellBlock scratch;
+    for (std::size_t first = 0; first < count; first += binBlockSize)
+        cellBlock(
+            points, first, std::min(binBlockSize, count - first), dx, dy, g, scratch, cells.data() + first);
+    std::vector<int> counts(static_cast<std::size_t>(g) * static_cast<std::size_t>(g), 0);
+    for (const int cell : cells)
+        ++counts[static_cast<std::size_t>(cell)];
 
     std::vector<double> out(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        const int xBin = clampedBin(xOffsets[i] / dx, g);
-        const int yBin = clampedBin(yOffsets[i] / dy, g);
-        out[i] = counts[static_cast<std::size_t>(yBin) * static_cast<std::size_t>(g)
-            + static_cast<std::size_t>(xBin)];
-    }
+    for (std::size_t i = 0; i < count; ++i)
+        out[i] = counts[static_cast<std::size_t>(cells[i])];
     return out;
 }
 
@@ -344,34 +499,65 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
     }
     for (std::size_t c = 0; c < cellCount; ++c)
         cellStart[c + 1] += cellStart[c];
+    // Squared distances of finite points are never NaN, and plain comparisons select faster.
+    bool allFinite = true;
+    for (std::size_t i = 0; i < count; ++i)
+        allFinite = allFinite && std::isfinite(x[i]) && std::isfinite(y[i]);
+
+    // Coordinates in cell order, so that a cell's distances come from contiguous memory.
     std::vector<std::size_t> cellPoints(count);
+    std::vector<std::size_t> slotOf(count);
     {
         std::vector<std::size_t> fill(cellStart.begin(), cellStart.end() - 1);
-        for (std::size_t i = 0; i < count; ++i)
-            cellPoints[fill[static_cast<std::size_t>(rowOf[i] * cellsPerAxis + columnOf[i])]++] = i;
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::size_t slot = fill[static_cast<std::size_t>(rowOf[i] * cellsPerAxis + columnOf[i])]++;
+            cellPoints[slot] = i;
+            slotOf[i] = slot;
+        }
+    }
+    std::vector<double> cellX(count);
+    std::vector<double> cellY(count);
+    for (std::size_t s = 0; s < count; ++s) {
+        cellX[s] = x[cellPoints[s]];
+        cellY[s] = y[cellPoints[s]];
     }
 
     std::vector<double> out(count);
-    std::vector<double> distances;
-    for (std::size_t p = 0; p < count; ++p) {
-        distances.clear();
+    std::vector<double> distances(count);
+    // Points are taken in cell order, which keeps the neighbouring cells in the cache.
+    for (std::size_t visit = 0; visit < count; ++visit) {
+        const std::size_t p = cellPoints[visit];
+        const std::size_t self = slotOf[p];
         const double px = x[p];
         const double py = y[p];
+        std::size_t found = 0;
+        auto addRange = [&](std::size_t from, std::size_t to) {
+            if (distances.size() < found + (to - from))
+                distances.resize(2 * (found + (to - from)));
+            double* d = distances.data() + found;
+            for (std::size_t s = from; s < to; ++s) {
+                const double ddx = cellX[s] - px;
+                const double ddy = cellY[s] - py;
+                d[s - from] = ddx * ddx + ddy * ddy;
+            }
+            found += to - from;
+        };
         auto visitCell = [&](int row, int column) {
             const std::size_t cell = static_cast<std::size_t>(row * cellsPerAxis + column);
-            for (std::size_t s = cellStart[cell]; s < cellStart[cell + 1]; ++s) {
-                const std::size_t q = cellPoints[s];
-                if (q == p)
-                    continue;
-                const double ddx = x[q] - px;
-                const double ddy = y[q] - py;
-                distances.push_back(ddx * ddx + ddy * ddy);
+            const std::size_t from = cellStart[cell];
+            const std::size_t to = cellStart[cell + 1];
+            // Every point of the cell but the one being estimated.
+            if (self >= from && self < to) {
+                addRange(from, self);
+                addRange(self + 1, to);
+            } else {
+                addRange(from, to);
             }
         };
         // Ring r visits the border of the square of half-width r clamped to the grid. A cell on
         // the grid's edge stays on that border for several rings and is counted at each of them;
         // this weighting at the rim is part of the estimate.
-        for (int r = 0; distances.size() < k && r <= cellsPerAxis; ++r) {
+        for (int r = 0; found < k && r <= cellsPerAxis; ++r) {
             const int top = std::max(rowOf[p] - r, 0);
             const int bottom = std::min(rowOf[p] + r, cellsPerAxis - 1);
             const int left = std::max(columnOf[p] - r, 0);
@@ -387,57 +573,71 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
                 }
             }
         }
-        const std::size_t m = std::min(distances.size(), k);
+        const std::size_t m = std::min(found, k);
         if (m == 0) {
             out[p] = 0.0;
             continue;
         }
-        std::nth_element(distances.begin(), distances.begin() + static_cast<std::ptrdiff_t>(m - 1),
-            distances.end(), lessNanLast);
+        const auto begin = distances.begin();
+        const auto nth = begin + static_cast<std::ptrdiff_t>(m - 1);
+        const auto end = begin + static_cast<std::ptrdiff_t>(found);
+        if (allFinite)
+            std::nth_element(begin, nth, end);
+        else
+            std::nth_element(begin, nth, end, lessNanLast);
         const double d2 = distances[m - 1];
         out[p] = d2 > 0.0 ? static_cast<double>(m) / (kPi * d2) : static_cast<double>(m);
     }
     return out;
 }
 
+namespace {
+
+std::vector<double> estimate(const std::vector<double>& x, const std::vector<double>& y, int method)
+{
+    switch (method) {
+    case KernelDensity:
+        return interpolateGrid(kernelDensityGrid(x, y, 0), x, y);
+    case HistogramDensity:
+        return histogramDensity(x, y);
+    default:
+        return nearestNeighbourDensity(x, y);
+    }
+}
+
+} // namespace
+
 std::vector<double> computeDensity(const std::vector<double>& x, const std::vector<double>& y, int method)
 {
-    std::vector<double> result(x.size(), kNaN);
-    if (x.size() != y.size())
-        return result;
+    const bool known
+        = method == KernelDensity || method == HistogramDensity || method == NearestNeighbourDensity;
+    if (x.size() != y.size() || !known)
+        return std::vector<double>(x.size(), kNaN);
+
+    std::size_t finite = 0;
+    for (std::size_t i = 0; i < x.size(); ++i)
+        finite += std::isfinite(x[i]) && std::isfinite(y[i]) ? 1 : 0;
+    if (finite < 4)
+        return std::vector<double>(x.size(), kNaN);
+    if (finite == x.size())
+        return estimate(x, y, method);
 
     std::vector<double> fx;
     std::vector<double> fy;
-    std::vector<std::size_t> positions;
-    fx.reserve(x.size());
-    fy.reserve(x.size());
-    positions.reserve(x.size());
+    fx.reserve(finite);
+    fy.reserve(finite);
     for (std::size_t i = 0; i < x.size(); ++i) {
         if (std::isfinite(x[i]) && std::isfinite(y[i])) {
             fx.push_back(x[i]);
             fy.push_back(y[i]);
-            positions.push_back(i);
         }
     }
-    if (positions.size() < 4)
-        return result;
-
-    std::vector<double> estimates;
-    switch (method) {
-    case KernelDensity:
-        estimates = interpolateGrid(kernelDensityGrid(fx, fy, 0), fx, fy);
-        break;
-    case HistogramDensity:
-        estimates = histogramDensity(fx, fy);
-        break;
-    case NearestNeighbourDensity:
-        estimates = nearestNeighbourDensity(fx, fy);
-        break;
-    default:
-        return result;
+    const std::vector<double> estimates = estimate(fx, fy, method);
+    std::vector<double> result(x.size(), kNaN);
+    for (std::size_t i = 0, next = 0; i < x.size(); ++i) {
+        if (std::isfinite(x[i]) && std::isfinite(y[i]))
+            result[i] = estimates[next++];
     }
-    for (std::size_t i = 0; i < positions.size(); ++i)
-        result[positions[i]] = estimates[i];
     return result;
 }
 

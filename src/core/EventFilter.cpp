@@ -1,11 +1,9 @@
 #include "core/EventFilter.h"
 
-#include "core/PolygonGeometry.h"
 #include "core/ScaleModes.h"
+#include "core/SlabPolygon.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 
 namespace Tessaly {
 
@@ -62,15 +60,11 @@ struct PreparedPolygon
 {
     const double* xValues;
     const double* yValues;
-    std::vector<PlanePoint> vertices; // in plot space
+    SlabPolygon shape; // vertices in plot space
     int scaleXMode;
     int scaleYMode;
     bool xUnscaled;
     bool yUnscaled;
-    // Vertical extent of the vertices: a point below the lowest or at or above the highest vertex
-    // crosses no edge, so the crossing test can be skipped for it without changing the verdict.
-    double yLow;
-    double yHigh;
     bool inverted;
 };
 
@@ -89,23 +83,12 @@ bool isUnscaled(int mode)
 
 PreparedPolygon preparePolygon(const FilterRule& rule, const double* xValues, const double* yValues)
 {
-    PreparedPolygon polygon { xValues, yValues, {}, rule.scaleXMode, rule.scaleYMode,
-        isUnscaled(rule.scaleXMode), isUnscaled(rule.scaleYMode), 0.0, 0.0, rule.inverted };
-    polygon.vertices.reserve(rule.polygonVertices.size());
+    std::vector<PlanePoint> vertices;
+    vertices.reserve(rule.polygonVertices.size());
     for (const PlanePoint& v : rule.polygonVertices)
-        polygon.vertices.emplace_back(
-            scaleValue(v.first, rule.scaleXMode), scaleValue(v.second, rule.scaleYMode));
-    // A vertex with a NaN coordinate only meets edges whose crossing is NaN, which never toggle, so
-    // the extent is that of the other vertices.
-    polygon.yLow = std::numeric_limits<double>::infinity();
-    polygon.yHigh = -std::numeric_limits<double>::infinity();
-    for (const PlanePoint& v : polygon.vertices) {
-        if (!std::isnan(v.second)) {
-            polygon.yLow = std::min(polygon.yLow, v.second);
-            polygon.yHigh = std::max(polygon.yHigh, v.second);
-        }
-    }
-    return polygon;
+        vertices.emplace_back(scaleValue(v.first, rule.scaleXMode), scaleValue(v.second, rule.scaleYMode));
+    return { xValues, yValues, SlabPolygon(vertices), rule.scaleXMode, rule.scaleYMode,
+        isUnscaled(rule.scaleXMode), isUnscaled(rule.scaleYMode), rule.inverted };
 }
 
 bool passes(const PreparedRange& range, std::size_t i)
@@ -122,8 +105,7 @@ bool passes(const PreparedPolygon& polygon, std::size_t i)
     const double rawY = polygon.yValues[i];
     const double x = polygon.xUnscaled ? rawX : scaleValue(rawX, polygon.scaleXMode);
     const double y = polygon.yUnscaled ? rawY : scaleValue(rawY, polygon.scaleYMode);
-    const bool inside = y >= polygon.yLow && y < polygon.yHigh && pointInPolygon(x, y, polygon.vertices);
-    return inside != polygon.inverted;
+    return polygon.shape.contains(x, y) != polygon.inverted;
 }
 
 } // namespace
@@ -154,27 +136,26 @@ std::vector<std::int32_t> EventFilter::evaluate(const FeatureColumns& columns, s
         return indices;
     }
 
-    // Mode 0 keeps the events that pass every rule, any other mode exactly the others.
+    // Mode 0 keeps the events that pass every rule, any other mode exactly the others. Ranges come
+    // first, and polygons, the costly tests, only for events that passed them. The verdicts have
+    // no side effects, so within each kind every rule is tested without branching on the one
+    // before, and the index is written unconditionally and kept by advancing the end: verdicts on
+    // scattered data are what a branch predictor guesses worst.
     const bool keepPassing = m_combineMode == ShowPassingEvents;
+    indices.resize(eventCount);
+    std::size_t kept = 0;
     for (std::size_t i = 0; i < eventCount; ++i) {
         bool passesAll = true;
-        for (const PreparedRange& range : ranges) {
-            if (!passes(range, i)) {
-                passesAll = false;
-                break;
-            }
-        }
+        for (const PreparedRange& range : ranges)
+            passesAll &= passes(range, i);
         if (passesAll) {
-            for (const PreparedPolygon& polygon : polygons) {
-                if (!passes(polygon, i)) {
-                    passesAll = false;
-                    break;
-                }
-            }
+            for (const PreparedPolygon& polygon : polygons)
+                passesAll &= passes(polygon, i);
         }
-        if (passesAll == keepPassing)
-            indices.push_back(static_cast<std::int32_t>(i));
+        indices[kept] = static_cast<std::int32_t>(i);
+        kept += passesAll == keepPassing ? 1 : 0;
     }
+    indices.resize(kept);
     return indices;
 }
 

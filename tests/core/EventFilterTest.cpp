@@ -207,24 +207,6 @@ TEST(EventFilter, PolygonDrawnOnPseudoLogAxesIsStraightThere)
     EXPECT_EQ(filterOf({ polygonRule("x", "y", triangle) }).evaluate(columns, 3), (Indices { 0, 1, 2 }));
 }
 
-TEST(EventFilter, PolygonVertexWithNaNCrossesNothing)
-{
-    // The NaN vertex's two edges never toggle and the remaining edge is horizontal: no point is
-    // inside, whatever its height.
-    const std::vector<PlanePoint> broken { { 0, 1 }, { 4, 1 }, { 2, kNaN } };
-    const std::vector<double> x { 1.0, 1.0, 1.0 };
-    const std::vector<double> y { 0.0, 1.0, 2.0 };
-    const FeatureColumns columns { { "x", &x }, { "y", &y } };
-    EXPECT_EQ(filterOf({ polygonRule("x", "y", broken) }).evaluate(columns, 3), Indices {});
-    // A square with a NaN x on one vertex keeps the points between the remaining edges' crossings.
-    const std::vector<PlanePoint> square { { 0, 0 }, { 4, 0 }, { 4, 4 }, { kNaN, 4 } };
-    const std::vector<double> sx { 2.0, 2.0, -1.0 };
-    const std::vector<double> sy { 2.0, -1.0, 2.0 };
-    const FeatureColumns squareColumns { { "x", &sx }, { "y", &sy } };
-    // Edge (4,0)-(4,4) is right of x = 2 and -1; the edge to (0,0) from the NaN vertex is dropped.
-    EXPECT_EQ(filterOf({ polygonRule("x", "y", square) }).evaluate(squareColumns, 3), (Indices { 0, 2 }));
-}
-
 TEST(EventFilter, CombineModesPartitionTheEventsWheneverARuleIsPrepared)
 {
     for (const std::uint64_t seed : { 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u }) {

@@ -1,0 +1,118 @@
+#include "calc/OrderStatistics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Tessaly {
+
+namespace {
+
+// NaN sorts last, which keeps the ordering strict and weak for any input.
+bool lessNanLast(double a, double b)
+{
+    if (std::isnan(a))
+        return false;
+    if (std::isnan(b))
+        return true;
+    return a < b;
+}
+
+// Small inputs and inputs without a finite spread are searched directly.
+std::vector<double> selectDirectly(const std::vector<double>& values, const std::vector<std::size_t>& ranks)
+{
+    std::vector<double> work(values);
+    std::vector<double> out;
+    for (const std::size_t rank : ranks) {
+        const auto at = work.begin() + static_cast<std::ptrdiff_t>(rank);
+        std::nth_element(work.begin(), at, work.end(), lessNanLast);
+        out.push_back(*at);
+    }
+    return out;
+}
+
+} // namespace
+
+std::vector<double> orderStatistics(
+    const std::vector<double>& values, const std::vector<std::size_t>& requested)
+{
+    const std::size_t n = values.size();
+    if (n == 0)
+        return std::vector<double>(requested.size(), 0.0);
+    std::vector<std::size_t> ranks(requested);
+    for (std::size_t& rank : ranks)
+        rank = std::min(rank, n - 1);
+
+    double lo = std::numeric_limits<double>::infinity();
+    double hi = -std::numeric_limits<double>::infinity();
+    for (const double v : values) {
+        if (std::isfinite(v)) {
+            lo = std::min(lo, v);
+            hi = std::max(hi, v);
+        }
+    }
+    const double spread = hi - lo;
+    constexpr std::size_t directLimit = 4096;
+    if (n < directLimit || !std::isfinite(spread) || !(spread > 0.0))
+        return selectDirectly(values, ranks);
+
+    // Bucket b holds the values v with truncate((v - lo) * scale) = b, clamped, which is
+    // non-decreasing in v; -inf goes to the first bucket, +inf to the last finite one, NaN to an
+    // extra bucket at the end. So every value of a bucket sorts before every value of the next.
+    const std::size_t bucketCount = std::min<std::size_t>(n / 8 + 1, std::size_t { 1 } << 16);
+    const double scale = static_cast<double>(bucketCount) / spread;
+    const auto bucketOf = [&](double v) -> std::size_t {
+        if (std::isnan(v))
+            return bucketCount;
+        const double position = (v - lo) * scale;
+        if (!(position >= 1.0))
+            return 0;
+        if (position >= static_cast<double>(bucketCount))
+            return bucketCount - 1;
+        return static_cast<std::size_t>(position);
+    };
+    std::vector<std::size_t> counts(bucketCount + 1, 0);
+    for (const double v : values)
+        ++counts[bucketOf(v)];
+
+    // The bucket of each rank and the rank within it.
+    std::vector<std::size_t> bucketOfRank(ranks.size());
+    std::vector<std::size_t> rankInBucket(ranks.size());
+    for (std::size_t r = 0; r < ranks.size(); ++r) {
+        std::size_t before = 0;
+        std::size_t b = 0;
+        while (before + counts[b] <= ranks[r]) {
+            before += counts[b];
+            ++b;
+        }
+        bucketOfRank[r] = b;
+        rankInBucket[r] = ranks[r] - before;
+    }
+
+    // Gather the wanted buckets' values, in one pass, and select inside each.
+    constexpr std::size_t unwanted = std::numeric_limits<std::size_t>::max();
+    std::vector<std::size_t> slotOfBucket(bucketCount + 1, unwanted);
+    std::vector<std::vector<double>> gathered;
+    for (const std::size_t b : bucketOfRank) {
+        if (slotOfBucket[b] == unwanted) {
+            slotOfBucket[b] = gathered.size();
+            gathered.emplace_back();
+            gathered.back().reserve(counts[b]);
+        }
+    }
+    for (const double v : values) {
+        const std::size_t slot = slotOfBucket[bucketOf(v)];
+        if (slot != unwanted)
+            gathered[slot].push_back(v);
+    }
+    std::vector<double> out;
+    for (std::size_t r = 0; r < ranks.size(); ++r) {
+        std::vector<double>& bucket = gathered[slotOfBucket[bucketOfRank[r]]];
+        const auto at = bucket.begin() + static_cast<std::ptrdiff_t>(rankInBucket[r]);
+        std::nth_element(bucket.begin(), at, bucket.end(), lessNanLast);
+        out.push_back(*at);
+    }
+    return out;
+}
+
+} // namespace Tessaly
