@@ -129,7 +129,7 @@ TEST(ExampleData, WrittenFilesReadBackAsInstrumentData)
         EXPECT_EQ(reader.hasMask(), perEventData);
         EXPECT_EQ(reader.hasTraces(), perEventData);
         if (perEventData) {
-            EXPECT_EQ(reader.traceNames(), (std::vector<std::string> { "fl1_raw", "fl2_raw", "fl3_raw" }));
+            EXPECT_EQ(reader.traceNames(), (std::vector<std::string> { "fl1_median", "fl1_raw", "fl2_median", "fl2_raw", "fl3_median", "fl3_raw" }));
             EXPECT_EQ(reader.traceLength(), 160u);
         }
         EXPECT_GE(reader.featureNames().size(), 30u);

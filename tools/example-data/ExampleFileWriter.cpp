@@ -124,6 +124,19 @@ H5::DataSet createEventArray(H5::H5File& file, const std::string& path, const H5
     return file.createDataSet(path, type, H5::DataSpace(rank, dims), properties);
 }
 
+// A five-sample sliding median, shrinking at the ends, as the instrument smooths its traces.
+std::vector<std::int16_t> slidingMedian5(const std::vector<std::int16_t>& trace)
+{
+    std::vector<std::int16_t> result(trace.size());
+    const long n = static_cast<long>(trace.size());
+    for (long i = 0; i < n; ++i) {
+        std::vector<std::int16_t> window(trace.begin() + std::max(0L, i - 2), trace.begin() + std::min(n, i + 3));
+        std::nth_element(window.begin(), window.begin() + static_cast<long>(window.size() / 2), window.end());
+        result[static_cast<std::size_t>(i)] = window[window.size() / 2];
+    }
+    return result;
+}
+
 // Frames, masks and traces are rendered and written in blocks, so that a large file never needs
 // all of them in memory at once.
 void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleEvents& events,
@@ -136,21 +149,23 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
     const FrameRenderer renderer(s);
     std::mt19937_64 rng(s.seed ^ 0x5eed);
 
-    H5::DataSet image, mask, traces[3];
+    // Per channel the raw trace and the instrument's median-filtered one.
+    H5::DataSet image, mask, traces[6];
     if (options.images) {
         image = createEventArray(file, "/events/image", H5::PredType::STD_U8LE, n, h, w, options.compression);
         mask = createEventArray(file, "/events/mask", H5::PredType::STD_U8LE, n, h, w, options.compression);
     }
     if (options.traces) {
         file.createGroup("/events/trace");
-        for (int c = 0; c < 3; ++c)
-            traces[c] = createEventArray(file, "/events/trace/fl" + std::to_string(c + 1) + "_raw",
+        for (int c = 0; c < 6; ++c)
+            traces[c] = createEventArray(file,
+                "/events/trace/fl" + std::to_string(c % 3 + 1) + (c < 3 ? "_raw" : "_median"),
                 H5::PredType::STD_I16LE, n, samples, 0, options.compression);
     }
 
     const hsize_t block = 256;
     std::vector<std::uint8_t> imageBlock, maskBlock;
-    std::vector<std::int16_t> traceBlock[3];
+    std::vector<std::int16_t> traceBlock[6];
     std::vector<std::int16_t> one[3];
     for (hsize_t start = 0; start < n; start += block) {
         const hsize_t count = std::min(block, n - start);
@@ -158,7 +173,7 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
             imageBlock.resize(count * h * w);
             maskBlock.resize(count * h * w);
         }
-        for (int c = 0; c < 3 && options.traces; ++c)
+        for (int c = 0; c < 6 && options.traces; ++c)
             traceBlock[c].resize(count * samples);
         for (hsize_t k = 0; k < count; ++k) {
             const CellShape& cell = events.cells[start + k];
@@ -166,8 +181,12 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
                 renderer.render(cell, rng, imageBlock.data() + k * h * w, maskBlock.data() + k * h * w);
             if (options.traces) {
                 renderer.renderTraces(cell, rng, one);
-                for (int c = 0; c < 3; ++c)
-                    std::copy(one[c].begin(), one[c].end(), traceBlock[c].begin() + static_cast<long>(k * samples));
+                for (int c = 0; c < 3; ++c) {
+                    const auto at = static_cast<long>(k * samples);
+                    std::copy(one[c].begin(), one[c].end(), traceBlock[c].begin() + at);
+                    const std::vector<std::int16_t> median = slidingMedian5(one[c]);
+                    std::copy(median.begin(), median.end(), traceBlock[c + 3].begin() + at);
+                }
             }
         }
         if (options.images) {
@@ -182,7 +201,7 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
         if (options.traces) {
             const hsize_t offset[2] = { start, 0 };
             const hsize_t extent[2] = { count, samples };
-            for (int c = 0; c < 3; ++c) {
+            for (int c = 0; c < 6; ++c) {
                 H5::DataSpace fileSpace = traces[c].getSpace();
                 fileSpace.selectHyperslab(H5S_SELECT_SET, extent, offset);
                 traces[c].write(traceBlock[c].data(), H5::PredType::NATIVE_INT16, H5::DataSpace(2, extent), fileSpace);
