@@ -49,8 +49,6 @@ TEST(TracePlot, FixedAxesAndNoChannelsAtStart)
     EXPECT_EQ(engine->linearRange(), 0.5);
     EXPECT_FALSE(plot.axisAutoScale(QwtPlot::yLeft));
     EXPECT_TRUE(plot.axisAutoScale(QwtPlot::xBottom));
-    EXPECT_GE(plot.minimumHeight(), 180);
-    EXPECT_LE(plot.maximumHeight(), 260);
 
     // Samples without channels draw nothing and break nothing.
     plot.setTraces({ { "fl1_median", { 1.0f, 2.0f } } });
@@ -91,9 +89,6 @@ TEST(TracePlot, ChannelsInRisingNumberWithColourTraceTitleAndOffset)
         EXPECT_FALSE(curves[c]->isVisible());
         EXPECT_EQ(curves[c]->plot(), &plot);
         EXPECT_EQ(curves[c]->pen().color(), channels[c].color);
-        EXPECT_EQ(curves[c]->pen().widthF(), 2.0);
-        EXPECT_EQ(curves[c]->pen().style(), Qt::SolidLine);
-        EXPECT_TRUE(curves[c]->testRenderHint(QwtPlotItem::RenderAntialiased));
     }
 }
 
