@@ -1,12 +1,25 @@
 #pragma once
 
+#include <QString>
 #include <QWidget>
+#include <vector>
 
-class QTableWidget;
+class QTreeWidget;
 
 namespace Tessaly {
 
-// The "Plot Statistics" dock: figures of the two plotted vectors.
+// The statistics dock's own texts, for the widget and for its tests.
+namespace StatisticsText {
+inline constexpr char statisticHeader[] = "Statistic";
+inline constexpr char xHeader[] = "X";
+inline constexpr char yHeader[] = "Y";
+// Row names, top to bottom.
+inline constexpr const char* rowNames[] = { "N", "Mean", "SD", "Q1", "Median", "Q3", "IQR" };
+} // namespace StatisticsText
+
+// The "Plot Statistics" dock: the number of plotted events and six figures of each of the two
+// plotted vectors. It is given the vectors that the plot shows, so it describes exactly what is on
+// the canvas.
 class StatisticsDockWidget : public QWidget
 {
     Q_OBJECT
@@ -14,11 +27,17 @@ class StatisticsDockWidget : public QWidget
 public:
     explicit StatisticsDockWidget(QWidget* parent = nullptr);
 
+    // Rebuilds the table from the plotted values with the axis labels as column headers. When either
+    // vector is empty only the header is shown.
+    void updateStatistics(const std::vector<double>& x, const std::vector<double>& y, const QString& xLabel,
+        const QString& yLabel);
     // Empties the table and puts back the header "Statistic", "X", "Y".
     void clearStatistics();
 
 private:
-    QTableWidget* table;
+    void resetTable(const QString& xLabel, const QString& yLabel);
+
+    QTreeWidget* table;
 };
 
 } // namespace Tessaly
