@@ -11,6 +11,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -74,6 +75,17 @@ inline const QString clearSessionTitle = QStringLiteral("Clear Session");
 inline const QString clearSessionText = QStringLiteral(
     "This will close all datasets and combine plot windows.\nUnsaved changes will be lost.\n\nContinue?");
 inline const QString copySuffix = QStringLiteral(" (copy)");
+inline const QString failedToReadFeatureText = QStringLiteral("Failed to read feature data.");
+inline const QString densityLabel = QStringLiteral("Density");
+inline const QString eventTitle = QStringLiteral("Event %1");
+inline const QString withMaskSuffix = QStringLiteral(" (with mask)");
+inline const QString xScaleToolTip = QStringLiteral("X-axis scale mode");
+inline const QString yScaleToolTip = QStringLiteral("Y-axis scale mode");
+inline const QString logWarningItem = QStringLiteral("Log ⚠");
+inline const QString logWarningSheet = QStringLiteral("QComboBox { background-color: #fff8e1; border: 1px solid #f9a825; }");
+// %1 the axis, %2 the count, %3 the plural ending.
+inline const QString logWarningToolTip
+    = QStringLiteral("%1: %2 point%3 with value ≤ 0 not shown (cannot be drawn on a log axis)");
 inline const QString applyButtonToolTip = QStringLiteral(
     "Copy the active dataset's feature, scale, and contour settings to every other loaded dataset. Highlights "
     "when any peer differs.");
@@ -131,6 +143,13 @@ public:
     int openSessionDataset(const QString& path);
     bool isPreloadRunning() const { return preloadRunning; }
 
+    // What the plot shows of the active dataset: the points, and for each point its event (empty
+    // when all events are shown in file order).
+    const std::vector<double>& plottedX() const { return plotX; }
+    const std::vector<double>& plottedY() const { return plotY; }
+    const std::vector<double>& plottedColor() const { return plotColor; }
+    const std::vector<int>& plottedEvents() const { return visibleIndices; }
+
 public Q_SLOTS:
     // Shows a failure that escaped an event handler, with the offer of a feedback report. Reports
     // that arrive while such a dialog is open are dropped, so that a repeating fault can't stack
@@ -144,7 +163,14 @@ public Q_SLOTS:
     void onDatasetSelected(int index);
     void showActiveDataset();
     void onFilterChanged();
+    void updateFeatureSelection();
+    void refreshFeaturesAndPlot();
     void showMetadata();
+    void onPointClicked(int index);
+    void onEventSpinBoxChanged(int index);
+    void onMaskToggled(bool checked);
+    void showEventData(int event);
+    void onApplyPlotSettingsToAll();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -161,6 +187,9 @@ private Q_SLOTS:
     void onRenameFinished();
     void onDatasetContextMenu(const QPoint& position);
     void onTreeReorderRequested(int sourceId, int targetId, bool after);
+    void onScaleModeChanged();
+    void updateContours();
+    void updateIsoelastics();
 
 private:
     // Construction, by concern.
@@ -192,6 +221,12 @@ private:
     void updatePlotStatus();
     void updateApplyPlotButton();
     void fillMetadataTree();
+    void cleanPlotPoints();
+    void placeSelection(DatasetEntry& entry);
+    void markLogAxisProblem(QComboBox* combo, int count, const QString& axisName);
+    void updatePolygonOverlays();
+    void showEventTraces(int event);
+    void setupTraceChannels(const DatasetEntry& entry);
     QString datasetLabelHtml(const DatasetEntry* entry) const;
 
     // Session.
@@ -222,9 +257,23 @@ private:
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
 
-    // Plot state of the active dataset.
-    bool filterReducedPlot = false;
+    // Plot state of the active dataset, rebuilt by every run of onFilterChanged.
+    std::vector<double> plotX;
+    std::vector<double> plotY;
+    std::vector<double> plotColor; // empty for no colour
+    // For plot index i, the event index; empty means all events in file order.
     std::vector<int> visibleIndices;
+    QString plotXLabel;
+    QString plotYLabel;
+    QString plotColorLabel;
+    bool filterReducedPlot = false;
+    std::string lastPlotXName;
+    std::string lastPlotYName;
+    int lastPlotDataset = -1;
+    // A one-shot question left by a calculation: has this feature changed (so the zoom must go)?
+    std::function<bool(const std::string&)> zoomResetCheck;
+    // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
+    bool preferRefinedTraces = true;
 
     // Docks and their widgets.
     QDockWidget* datasetsDock = nullptr;

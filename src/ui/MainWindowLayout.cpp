@@ -241,9 +241,9 @@ QWidget* MainWindow::createPlotSettings()
         combo->setMinimumWidth(150);
         combo->setMaximumWidth(maxComboWidth);
     }
-    xScaleCombo = makeScaleCombo(QStringLiteral("X-axis scale mode"), box);
+    xScaleCombo = makeScaleCombo(MainWindowTexts::xScaleToolTip, box);
     xScaleCombo->setObjectName(QStringLiteral("xScaleCombo"));
-    yScaleCombo = makeScaleCombo(QStringLiteral("Y-axis scale mode"), box);
+    yScaleCombo = makeScaleCombo(MainWindowTexts::yScaleToolTip, box);
     yScaleCombo->setObjectName(QStringLiteral("yScaleCombo"));
 
     grid->addWidget(new QLabel(QStringLiteral("X Axis"), box), 0, 0);
@@ -363,6 +363,26 @@ void MainWindow::connectSignals()
             onDatasetSelected(static_cast<int>(row));
     });
     connect(filterDock, &FilterDockWidget::filterChanged, this, &MainWindow::onFilterChanged);
+    for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo })
+        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &MainWindow::updateFeatureSelection);
+    for (QComboBox* combo : { xScaleCombo, yScaleCombo })
+        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &MainWindow::onScaleModeChanged);
+    connect(contourCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
+        updateContours();
+        updateApplyPlotButton();
+    });
+    for (QSpinBox* spin : { innerContourSpinBox, outerContourSpinBox }) {
+        connect(spin, QOverload<int>::of(&QSpinBox::valueChanged), this, [this] {
+            updateContours();
+            updateApplyPlotButton();
+        });
+    }
+    connect(isoelasticsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
+    connect(isoelasticLabelsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
+    connect(applyPlotSettingsButton, &QPushButton::clicked, this, &MainWindow::onApplyPlotSettingsToAll);
+    connect(eventSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onEventSpinBoxChanged);
+    connect(scatterPlot, &ScatterPlot::pointClicked, this, &MainWindow::onPointClicked);
+    connect(imageViewer, &ImageViewer::showMaskToggled, this, &MainWindow::onMaskToggled);
     connect(renameEdit, &QLineEdit::editingFinished, this, &MainWindow::onRenameFinished);
     connect(datasetListWidget, &QWidget::customContextMenuRequested, this, &MainWindow::onDatasetContextMenu);
     connect(datasetTreeWidget, &QWidget::customContextMenuRequested, this, &MainWindow::onDatasetContextMenu);

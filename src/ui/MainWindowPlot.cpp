@@ -136,6 +136,8 @@ void MainWindow::showActiveDataset()
         xScaleCombo->setCurrentIndex(entry->scaleXMode);
         yScaleCombo->setCurrentIndex(entry->scaleYMode);
     }
+    scatterPlot->setAxisScaleMode(QwtPlot::xBottom, entry->scaleXMode);
+    scatterPlot->setAxisScaleMode(QwtPlot::yLeft, entry->scaleYMode);
     {
         const QSignalBlocker blocker(eventSpinBox);
         const int events = static_cast<int>(reader.eventCount());
@@ -147,11 +149,17 @@ void MainWindow::showActiveDataset()
     }
 
     imageViewer->setMaskControlEnabled(reader.hasMask());
+    setupTraceChannels(*entry);
     metadataTree->clear();
     if (metadataDock->isVisible())
         fillMetadataTree();
     filterDock->setDataset(entry);
+    // The refresh also places the highlight, through the plot's own indices.
     onFilterChanged();
+    if (reader.hasImage() && entry->currentEventIndex >= 0)
+        showEventData(entry->currentEventIndex);
+    else
+        imageViewer->clearImage();
 }
 
 void MainWindow::populateFeatureCombos()
@@ -179,16 +187,6 @@ void MainWindow::populateFeatureCombos()
     if (y >= 0)
         yFeatureCombo->setCurrentIndex(y);
     colorFeatureCombo->setCurrentIndex(0);
-}
-
-// Every change that can alter what is shown ends here.
-void MainWindow::onFilterChanged()
-{
-    const DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->isOpen())
-        return;
-    updatePlotStatus();
-    updateApplyPlotButton();
 }
 
 void MainWindow::updatePlotStatus()

@@ -41,7 +41,8 @@ MainWindow& MainWindowFixture::makeWindow()
     return *window;
 }
 
-QString MainWindowFixture::writeDataset(const QString& relativePath, const QString& sample, std::size_t events)
+QString MainWindowFixture::writeDataset(
+    const QString& relativePath, const QString& sample, std::size_t events, bool withImages)
 {
     const QString path = folder.filePath(relativePath);
     QDir().mkpath(QFileInfo(path).absolutePath());
@@ -49,8 +50,8 @@ QString MainWindowFixture::writeDataset(const QString& relativePath, const QStri
     settings.eventCount = events;
     settings.sample = sample.toStdString();
     ExampleData::WriteOptions options;
-    options.images = false;
-    options.traces = false;
+    options.images = withImages;
+    options.traces = withImages;
     EXPECT_TRUE(ExampleData::writeExampleFile(
         path.toStdString(), settings, ExampleData::generateEvents(settings), options));
     return path;

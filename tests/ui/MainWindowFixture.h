@@ -36,7 +36,7 @@ protected:
 
     // An instrument file below the test folder, with `events` events and the sample name given.
     QString writeDataset(const QString& relativePath, const QString& sample = QStringLiteral("Sample"),
-        std::size_t events = 120);
+        std::size_t events = 120, bool withImages = false);
     // A valid HDF5 file whose metadata names no instrument of ours.
     QString writeForeignFile(const QString& relativePath);
     // Any file with the given text content.

@@ -1,0 +1,453 @@
+// The refresh pipeline: every change of features, filter, colour or scale ends in onFilterChanged,
+// which rebuilds what the plot shows; around it the overlays, the status and the event selection.
+#include "ui/MainWindow.h"
+
+#include "calc/Contours.h"
+#include "calc/Density.h"
+#include "core/DatasetEntry.h"
+#include "core/FeatureCatalogue.h"
+#include "core/FluorescenceChannels.h"
+#include "core/ScaleModes.h"
+#include "plot/ImageViewer.h"
+#include "plot/ScatterPlot.h"
+#include "plot/TracePlot.h"
+#include "ui/MessageBoxes.h"
+#include "ui/StatisticsDockWidget.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QPolygonF>
+#include <QSignalBlocker>
+#include <QSpinBox>
+#include <QTableWidget>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Tessaly {
+
+namespace {
+
+std::string comboKey(const QComboBox* combo)
+{
+    return combo->currentData().toString().toStdString();
+}
+
+bool isDensityKey(const std::string& key)
+{
+    return key.rfind(densityColorPrefix, 0) == 0;
+}
+
+// The values of a column at the given events; an event past the column's end reads as NaN, and the
+// cleaning step then drops it.
+std::vector<double> gather(const std::vector<double>& column, const std::vector<int>& events)
+{
+    std::vector<double> values(events.size());
+    const std::size_t size = column.size();
+    for (std::size_t i = 0; i < events.size(); ++i) {
+        const auto event = static_cast<std::size_t>(events[i]);
+        values[i] = event < size ? column[event] : std::numeric_limits<double>::quiet_NaN();
+    }
+    return values;
+}
+
+} // namespace
+
+void MainWindow::updateFeatureSelection()
+{
+    const DatasetEntry* entry = activeEntry();
+    if (entry && entry->reader->isOpen() && !preloadRunning)
+        onFilterChanged();
+}
+
+void MainWindow::refreshFeaturesAndPlot()
+{
+    const QVariant x = xFeatureCombo->currentData();
+    const QVariant y = yFeatureCombo->currentData();
+    const QVariant color = colorFeatureCombo->currentData();
+    {
+        const QSignalBlocker blockX(xFeatureCombo);
+        const QSignalBlocker blockY(yFeatureCombo);
+        const QSignalBlocker blockColor(colorFeatureCombo);
+        populateFeatureCombos();
+        for (const auto& [combo, value] : { std::pair { xFeatureCombo, x }, std::pair { yFeatureCombo, y },
+                 std::pair { colorFeatureCombo, color } }) {
+            const int found = combo->findData(value);
+            if (found >= 0)
+                combo->setCurrentIndex(found);
+        }
+    }
+    onFilterChanged();
+}
+
+void MainWindow::onFilterChanged()
+{
+    DatasetEntry* entry = activeEntry();
+    if (!entry || !entry->reader->isOpen())
+        return;
+    const std::string xKey = comboKey(xFeatureCombo);
+    const std::string yKey = comboKey(yFeatureCombo);
+    if (xKey.empty() || yKey.empty())
+        return;
+    VQDReader& reader = *entry->reader;
+    const std::vector<double>& xColumn = reader.getFeature(xKey);
+    const std::vector<double>& yColumn = reader.getFeature(yKey);
+    if (xColumn.empty() || yColumn.empty()) {
+        MessageBoxes::warning(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToReadFeatureText);
+        return;
+    }
+
+    // Events that pass the filter, or all of them in file order.
+    const EventFilter effective = buildEffectiveFilter(entry);
+    visibleIndices.clear();
+    filterReducedPlot = effective.isEnabled() && effective.ruleCount() >= 1;
+    if (filterReducedPlot) {
+        FeatureColumns columns;
+        for (const std::string& name : effective.requiredFeatures())
+            columns[name] = &reader.getFeature(name);
+        const std::vector<std::int32_t> passing = effective.evaluate(columns, reader.eventCount());
+        visibleIndices.assign(passing.begin(), passing.end());
+        plotX = gather(xColumn, visibleIndices);
+        plotY = gather(yColumn, visibleIndices);
+    } else {
+        plotX = xColumn;
+        plotY = yColumn;
+    }
+    plotXLabel = QString::fromStdString(reader.featureLabel(xKey));
+    plotYLabel = QString::fromStdString(reader.featureLabel(yKey));
+
+    // Colour by a feature (a column of another length than X colours nothing) or by density.
+    const std::string colorKey = comboKey(colorFeatureCombo);
+    const int scaleX = xScaleCombo->currentIndex();
+    const int scaleY = yScaleCombo->currentIndex();
+    plotColor.clear();
+    plotColorLabel.clear();
+    if (!colorKey.empty() && !isDensityKey(colorKey)) {
+        const std::vector<double>& colorColumn = reader.getFeature(colorKey);
+        if (!colorColumn.empty() && colorColumn.size() == xColumn.size()) {
+            plotColor = filterReducedPlot ? gather(colorColumn, visibleIndices) : colorColumn;
+            plotColorLabel = QString::fromStdString(reader.featureLabel(colorKey));
+        }
+    } else if (!colorKey.empty()) {
+        const int method = std::max(static_cast<int>(KernelDensity), densityMethodForColorBy(colorKey));
+        plotColor = computeDensity(transformValues(plotX, scaleX), transformValues(plotY, scaleY), method);
+        plotColorLabel = MainWindowTexts::densityLabel;
+    }
+
+    cleanPlotPoints();
+
+    // Points at or below zero stay in the vectors but can't be drawn on a log axis.
+    const auto nonPositive = [](const std::vector<double>& values) {
+        return static_cast<int>(std::count_if(values.begin(), values.end(), [](double v) { return v <= 0.0; }));
+    };
+    markLogAxisProblem(xScaleCombo, scaleX == 1 ? nonPositive(plotX) : 0, MainWindowTexts::xScaleToolTip);
+    markLogAxisProblem(yScaleCombo, scaleY == 1 ? nonPositive(plotY) : 0, MainWindowTexts::yScaleToolTip);
+
+    scatterPlot->setData(plotX, plotY, plotXLabel, plotYLabel, plotColor, plotColorLabel);
+
+    // The user's zoom survives a refresh unless the axes show something else now.
+    bool changed = false;
+    if (zoomResetCheck) {
+        changed = zoomResetCheck(xKey) || zoomResetCheck(yKey) || zoomResetCheck(colorKey);
+        zoomResetCheck = nullptr;
+    }
+    if (changed || xKey != lastPlotXName || yKey != lastPlotYName || activeDatasetIndex != lastPlotDataset)
+        scatterPlot->resetZoom();
+    lastPlotXName = xKey;
+    lastPlotYName = yKey;
+    lastPlotDataset = activeDatasetIndex;
+
+    updatePolygonOverlays();
+    updateContours();
+    updateIsoelastics();
+    updatePlotStatus();
+    updateApplyPlotButton();
+    statisticsDock->updateStatistics(plotX, plotY, plotXLabel, plotYLabel);
+    placeSelection(*entry);
+}
+
+// Non-finite values vanish from the plot here, and from the "shown" count with them; the event
+// index of each remaining point is carried along.
+void MainWindow::cleanPlotPoints()
+{
+    const std::size_t n = plotX.size();
+    if (n == 0)
+        return;
+    const bool colored = !plotColor.empty();
+    std::vector<double> x, y, color;
+    std::vector<int> events;
+    x.reserve(n);
+    y.reserve(n);
+    events.reserve(n);
+    if (colored)
+        color.reserve(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        const double yi = i < plotY.size() ? plotY[i] : std::numeric_limits<double>::quiet_NaN();
+        const double ci = !colored ? 0.0 : i < plotColor.size() ? plotColor[i] : std::numeric_limits<double>::quiet_NaN();
+        if (!std::isfinite(plotX[i]) || !std::isfinite(yi) || !std::isfinite(ci))
+            continue;
+        x.push_back(plotX[i]);
+        y.push_back(yi);
+        if (colored)
+            color.push_back(ci);
+        events.push_back(filterReducedPlot ? visibleIndices[i] : static_cast<int>(i));
+    }
+    if (x.size() != n || plotY.size() != n) {
+        visibleIndices = std::move(events);
+        filterReducedPlot = true;
+    }
+    plotX = std::move(x);
+    plotY = std::move(y);
+    if (colored)
+        plotColor = std::move(color);
+}
+
+// The selected event keeps its highlight if it is still shown; otherwise the first shown event is
+// selected, so that a filter never leaves the viewer on an event that has just dropped out.
+void MainWindow::placeSelection(DatasetEntry& entry)
+{
+    const int current = entry.currentEventIndex;
+    if (visibleIndices.empty()) {
+        if (current >= 0 && current < static_cast<int>(plotX.size()))
+            scatterPlot->highlightPoint(current);
+        else
+            scatterPlot->clearHighlight();
+        return;
+    }
+    const auto found = std::find(visibleIndices.begin(), visibleIndices.end(), current);
+    if (found != visibleIndices.end()) {
+        scatterPlot->highlightPoint(static_cast<int>(found - visibleIndices.begin()));
+        return;
+    }
+    scatterPlot->clearHighlight();
+    entry.currentEventIndex = visibleIndices.front();
+    {
+        const QSignalBlocker blocker(eventSpinBox);
+        eventSpinBox->setValue(entry.currentEventIndex);
+    }
+    scatterPlot->highlightPoint(0);
+    showEventData(entry.currentEventIndex);
+}
+
+void MainWindow::markLogAxisProblem(QComboBox* combo, int count, const QString& axisName)
+{
+    if (count > 0) {
+        combo->setItemText(1, MainWindowTexts::logWarningItem);
+        combo->setStyleSheet(MainWindowTexts::logWarningSheet);
+        combo->setToolTip(MainWindowTexts::logWarningToolTip.arg(axisName)
+                              .arg(count)
+                              .arg(count == 1 ? QString() : QStringLiteral("s")));
+    } else {
+        combo->setItemText(1, QStringLiteral("Log"));
+        combo->setStyleSheet(QString());
+        combo->setToolTip(axisName);
+    }
+}
+
+void MainWindow::onScaleModeChanged()
+{
+    scatterPlot->setAxisScaleMode(QwtPlot::xBottom, xScaleCombo->currentIndex());
+    scatterPlot->setAxisScaleMode(QwtPlot::yLeft, yScaleCombo->currentIndex());
+    onFilterChanged();
+}
+
+void MainWindow::updateContours()
+{
+    const int mode = contourCombo->currentIndex();
+    scatterPlot->setDataVisible(mode != ContourOverlayOnly);
+    const std::vector<ContourLevel> levels = overlayContours(mode, plotX, plotY, innerContourSpinBox->value(),
+        outerContourSpinBox->value(), xScaleCombo->currentIndex(), yScaleCombo->currentIndex());
+    if (levels.empty())
+        scatterPlot->clearContours();
+    else
+        scatterPlot->setContours(levels);
+}
+
+// Lines of equal Young's modulus belong to a plot of area against deformation only.
+void MainWindow::updateIsoelastics()
+{
+    const std::string x = comboKey(xFeatureCombo);
+    const std::string y = comboKey(yFeatureCombo);
+    const bool pair = (x == "area_um" && y == "deform") || (x == "deform" && y == "area_um");
+    isoelasticsCheckBox->setVisible(pair);
+    isoelasticLabelsCheckBox->setVisible(pair && isoelasticsCheckBox->isChecked());
+    // The lines come from the Young's modulus engine, which computes them for the dataset's
+    // channel, flow and medium; without it there are none to draw.
+    scatterPlot->clearIsoelastics();
+}
+
+// Polygon rules of the plotted feature pair are drawn over the points: the dataset's own with their
+// rule index as id, those of its enabled groups with ids that can't collide with them.
+void MainWindow::updatePolygonOverlays()
+{
+    scatterPlot->clearPolygonOverlays();
+    const DatasetEntry* entry = activeEntry();
+    if (!entry)
+        return;
+    const std::string x = comboKey(xFeatureCombo);
+    const std::string y = comboKey(yFeatureCombo);
+    const auto overlay = [&](const FilterRule& rule, int id) {
+        if (rule.type != PolygonRule || rule.featureName != x || rule.featureNameY != y)
+            return;
+        QPolygonF polygon;
+        for (const auto& vertex : rule.polygonVertices)
+            polygon << QPointF(vertex.first, vertex.second);
+        scatterPlot->addPolygonOverlay(id, polygon, rule.enabled);
+    };
+    const std::vector<FilterRule>& own = entry->filter.rules();
+    for (std::size_t i = 0; i < own.size(); ++i)
+        overlay(own[i], static_cast<int>(i));
+    for (const FilterGroup* group : groups) {
+        if (!isGroupEnabled(entry, group->id))
+            continue;
+        for (std::size_t j = 0; j < group->rules.size(); ++j)
+            overlay(group->rules[j], (group->id + 100) * 10000 + static_cast<int>(j));
+    }
+}
+
+void MainWindow::onPointClicked(int index)
+{
+    DatasetEntry* entry = activeEntry();
+    if (!entry || !entry->reader->hasImage() || index < 0)
+        return;
+    int event = index;
+    if (!visibleIndices.empty()) {
+        if (index >= static_cast<int>(visibleIndices.size()))
+            return;
+        event = visibleIndices[static_cast<std::size_t>(index)];
+    }
+    if (event >= static_cast<int>(entry->reader->eventCount()))
+        return;
+    entry->currentEventIndex = event;
+    {
+        const QSignalBlocker blocker(eventSpinBox);
+        eventSpinBox->setValue(event);
+    }
+    scatterPlot->highlightPoint(index);
+    showEventData(event);
+}
+
+void MainWindow::onEventSpinBoxChanged(int index)
+{
+    DatasetEntry* entry = activeEntry();
+    if (!entry || !entry->reader->hasImage() || index < 0 || index >= static_cast<int>(entry->reader->eventCount()))
+        return;
+    entry->currentEventIndex = index;
+    if (visibleIndices.empty()) {
+        scatterPlot->highlightPoint(index);
+    } else {
+        // An event that the filter hides can still be looked at; it just has no point to mark.
+        const auto found = std::find(visibleIndices.begin(), visibleIndices.end(), index);
+        if (found != visibleIndices.end())
+            scatterPlot->highlightPoint(static_cast<int>(found - visibleIndices.begin()));
+        else
+            scatterPlot->clearHighlight();
+    }
+    showEventData(index);
+}
+
+void MainWindow::onMaskToggled(bool)
+{
+    const DatasetEntry* entry = activeEntry();
+    if (entry && entry->currentEventIndex >= 0)
+        showEventData(entry->currentEventIndex);
+}
+
+void MainWindow::showEventData(int event)
+{
+    DatasetEntry* entry = activeEntry();
+    if (!entry || event < 0)
+        return;
+    VQDReader& reader = *entry->reader;
+    const auto index = static_cast<std::size_t>(event);
+
+    if (reader.hasImage()) {
+        int width = 0;
+        int height = 0;
+        const std::vector<std::uint8_t> image = reader.getImage(index, &width, &height);
+        const QString title = MainWindowTexts::eventTitle.arg(event);
+        if (image.empty()) {
+            imageViewer->clearImage();
+        } else {
+            bool withMask = false;
+            if (imageViewer->isMaskShown() && reader.hasMask()) {
+                int maskWidth = 0;
+                int maskHeight = 0;
+                const std::vector<std::uint8_t> mask = reader.getMask(index, &maskWidth, &maskHeight);
+                if (!mask.empty() && maskWidth == width && maskHeight == height) {
+                    imageViewer->setImageWithMask(image, mask, width, height, title + MainWindowTexts::withMaskSuffix);
+                    withMask = true;
+                }
+            }
+            if (!withMask)
+                imageViewer->setImage(image, width, height, title);
+        }
+    }
+
+    showEventTraces(event);
+
+    std::vector<std::string> features;
+    for (const std::string& name : reader.featureNames()) {
+        if (isScalarFeature(name))
+            features.push_back(name);
+    }
+    eventTable->setRowCount(static_cast<int>(features.size()));
+    for (std::size_t row = 0; row < features.size(); ++row) {
+        auto* label = new QTableWidgetItem(QString::fromStdString(reader.featureLabel(features[row])));
+        label->setToolTip(QString::fromStdString(features[row]));
+        eventTable->setItem(static_cast<int>(row), 0, label);
+        const std::vector<double>& column = reader.getFeature(features[row]);
+        const QString value = index < column.size() ? QString::number(column[index], 'g', 6) : QString();
+        eventTable->setItem(static_cast<int>(row), 1, new QTableWidgetItem(value));
+    }
+}
+
+// The trace plot shows one curve per fluorescence channel named in the metadata.
+void MainWindow::setupTraceChannels(const DatasetEntry& entry)
+{
+    tracePlot->setupChannels(readFluorescenceChannelSettings(entry.metadata.fluorescence),
+        entry.reader->traceNames(), preferRefinedTraces);
+}
+
+void MainWindow::showEventTraces(int event)
+{
+    DatasetEntry* entry = activeEntry();
+    if (!entry || !entry->reader->hasTraces() || !tracePlot->hasChannels()) {
+        tracePlot->clearTraces();
+        return;
+    }
+    std::map<std::string, std::vector<float>> traces;
+    for (const TraceChannel& channel : tracePlot->traceChannels())
+        traces[channel.traceName] = entry->reader->getTrace(channel.traceName, static_cast<std::size_t>(event));
+    tracePlot->setTraces(traces);
+}
+
+void MainWindow::onApplyPlotSettingsToAll()
+{
+    const DatasetEntry* active = activeEntry();
+    if (!active)
+        return;
+    saveCurrentDatasetState();
+    for (DatasetEntry* peer : datasetList) {
+        if (peer == active)
+            continue;
+        const VQDReader& reader = *peer->reader;
+        if (reader.hasFeature(active->xFeatureName))
+            peer->xFeatureName = active->xFeatureName;
+        if (reader.hasFeature(active->yFeatureName))
+            peer->yFeatureName = active->yFeatureName;
+        const std::string& color = active->colorFeatureName;
+        if (color.empty() || isDensityKey(color) || reader.hasFeature(color))
+            peer->colorFeatureName = color;
+        peer->scaleXMode = active->scaleXMode;
+        peer->scaleYMode = active->scaleYMode;
+        peer->contourMode = active->contourMode;
+        peer->contourFraction1 = active->contourFraction1;
+        peer->contourFraction2 = active->contourFraction2;
+    }
+    onFilterChanged();
+    updateApplyPlotButton();
+}
+
+} // namespace Tessaly
