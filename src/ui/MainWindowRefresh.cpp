@@ -408,6 +408,7 @@ void MainWindow::setupTraceChannels(const DatasetEntry& entry)
 {
     tracePlot->setupChannels(readFluorescenceChannelSettings(entry.metadata.fluorescence),
         entry.reader->traceNames(), preferRefinedTraces);
+    tracePlot->setVisible(tracePlot->hasChannels());
 }
 
 void MainWindow::showEventTraces(int event)

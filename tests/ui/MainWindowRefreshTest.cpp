@@ -65,6 +65,8 @@ TEST_F(MainWindowRefresh, NonFinitePointsLeaveThePlotAndTheShownCount)
     EXPECT_EQ(w.plottedX(), (std::vector<double> { 10, 20, 40 }));
     EXPECT_EQ(plot()->xValues(), w.plottedX());
     EXPECT_EQ(plot()->axisTitle(QwtPlot::xBottom).text(), "Area [µm²]");
+    // Without fluorescence channels there is no trace plot.
+    EXPECT_FALSE(w.findChild<TracePlot*>("tracePlot")->isVisibleTo(&w));
 }
 
 TEST_F(MainWindowRefresh, LogAxesWarnAboutPointsTheyCannotDraw)
@@ -164,6 +166,7 @@ TEST_F(MainWindowRefresh, EventsShowTheirTraces)
     ASSERT_TRUE(waitUntilIdle());
     auto* traces = w.findChild<TracePlot*>("tracePlot");
     ASSERT_TRUE(traces->hasChannels());
+    EXPECT_TRUE(traces->isVisibleTo(&w));
     w.findChild<QSpinBox*>("eventSpinBox")->setValue(5);
     const std::vector<float> expected = w.datasets().front()->reader->getTrace("fl1_median", 5);
     ASSERT_FALSE(traces->traceCurves().empty());
