@@ -1,7 +1,6 @@
 // Opening a measurement file in the main window: the time until its row shows (openDataset
 // returns) and until the background preload has cached every column.
-#include "ExampleEvents.h"
-#include "ExampleFileWriter.h"
+#include "ExampleFiles.h"
 #include "core/DatasetEntry.h"
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
@@ -10,32 +9,13 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QTemporaryDir>
 
-#include <map>
 
 namespace {
 
-QString exampleFile(std::size_t events)
-{
-    static QTemporaryDir dir;
-    static std::map<std::size_t, QString> files;
-    auto& path = files[events];
-    if (path.isEmpty()) {
-        path = dir.filePath(QStringLiteral("events_%1.vqd").arg(events));
-        Tessaly::ExampleData::ExampleSettings settings;
-        settings.eventCount = events;
-        Tessaly::ExampleData::WriteOptions options;
-        options.images = options.traces = false;
-        Tessaly::ExampleData::writeExampleFile(
-            path.toStdString(), settings, Tessaly::ExampleData::generateEvents(settings), options);
-    }
-    return path;
-}
-
 void openUntilLoaded(benchmark::State& state)
 {
-    const QString path = exampleFile(static_cast<std::size_t>(state.range(0)));
+    const QString path = Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0)));
     double rowShownMs = 0;
     for (auto _ : state) {
         Tessaly::MainWindow window;

@@ -1,7 +1,6 @@
 // The main window's whole refresh: filter with three range rules, density colour, two contour
 // lines, the plot's data and repaint, and the statistics, on realistic example data.
-#include "ExampleEvents.h"
-#include "ExampleFileWriter.h"
+#include "ExampleFiles.h"
 #include "core/DatasetEntry.h"
 #include "plot/ScatterPlot.h"
 #include "ui/MainWindow.h"
@@ -10,24 +9,8 @@
 
 #include <QComboBox>
 #include <QCoreApplication>
-#include <QTemporaryDir>
 
 namespace {
-
-QString refreshFile(std::size_t events)
-{
-    static QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("refresh_%1.vqd").arg(events));
-    if (!QFile::exists(path)) {
-        Tessaly::ExampleData::ExampleSettings settings;
-        settings.eventCount = events;
-        Tessaly::ExampleData::WriteOptions options;
-        options.images = options.traces = false;
-        Tessaly::ExampleData::writeExampleFile(
-            path.toStdString(), settings, Tessaly::ExampleData::generateEvents(settings), options);
-    }
-    return path;
-}
 
 Tessaly::FilterRule range(const char* feature, double low, double high)
 {
@@ -43,7 +26,7 @@ void fullRefresh(benchmark::State& state)
     Tessaly::MainWindow window;
     window.resize(1400, 900);
     window.show();
-    window.openDataset(refreshFile(static_cast<std::size_t>(state.range(0))));
+    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
     while (window.isPreloadRunning())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     Tessaly::DatasetEntry* entry = window.datasets().front();

@@ -10,6 +10,26 @@
 
 namespace Tessaly {
 
+QMimeData* makeDatasetMimeData(int id)
+{
+    auto* data = new QMimeData;
+    const QByteArray text = QByteArray::number(id);
+    data->setData(datasetMimeType, text);
+    data->setText(QString::fromUtf8(text));
+    return data;
+}
+
+void setUpDatasetView(QAbstractItemView* view)
+{
+    view->setSelectionMode(QAbstractItemView::SingleSelection);
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    view->setDragEnabled(true);
+    view->setAcceptDrops(true);
+    view->setDropIndicatorShown(true);
+    view->setDragDropMode(QAbstractItemView::DragDrop);
+    view->setItemDelegate(new HtmlItemDelegate(view));
+}
+
 int draggedDatasetId(const QMimeData* data)
 {
     bool ok = false;
@@ -20,13 +40,7 @@ int draggedDatasetId(const QMimeData* data)
 DatasetListWidget::DatasetListWidget(QWidget* parent)
     : QListWidget(parent)
 {
-    setSelectionMode(QAbstractItemView::SingleSelection);
-    setContextMenuPolicy(Qt::CustomContextMenu);
-    setDragEnabled(true);
-    setAcceptDrops(true);
-    setDropIndicatorShown(true);
-    setDragDropMode(QAbstractItemView::DragDrop);
-    setItemDelegate(new HtmlItemDelegate(this));
+    setUpDatasetView(this);
 }
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
@@ -35,13 +49,7 @@ QMimeData* DatasetListWidget::mimeData(const QList<QListWidgetItem*>& items) con
 QMimeData* DatasetListWidget::mimeData(const QList<QListWidgetItem*> items) const
 #endif
 {
-    if (items.isEmpty())
-        return nullptr;
-    auto* data = new QMimeData;
-    const QByteArray id = QByteArray::number(items.first()->data(Qt::UserRole).toInt());
-    data->setData(datasetMimeType, id);
-    data->setText(QString::fromUtf8(id));
-    return data;
+    return items.isEmpty() ? nullptr : makeDatasetMimeData(items.first()->data(Qt::UserRole).toInt());
 }
 
 void DatasetListWidget::startDrag(Qt::DropActions)

@@ -41,7 +41,11 @@ private:
     bool isOwnDrag(const QDropEvent* event) const;
 };
 
+// The drag data of a dataset: its id as decimal text, under the dataset type and as plain text.
+QMimeData* makeDatasetMimeData(int id);
 // The id a dataset drag carries, or -1.
 int draggedDatasetId(const QMimeData* data);
+// Settings shared by the list and the tree: one selection, own drags, rich-text rows, a menu.
+void setUpDatasetView(QAbstractItemView* view);
 
 } // namespace Tessaly

@@ -1,7 +1,6 @@
 #include "ui/DatasetTreeWidget.h"
 
 #include "ui/DatasetListWidget.h"
-#include "ui/HtmlItemDelegate.h"
 
 #include <QDrag>
 #include <QDragMoveEvent>
@@ -14,13 +13,7 @@ DatasetTreeWidget::DatasetTreeWidget(QWidget* parent)
     : QTreeWidget(parent)
 {
     setHeaderHidden(true);
-    setSelectionMode(QAbstractItemView::SingleSelection);
-    setContextMenuPolicy(Qt::CustomContextMenu);
-    setDragEnabled(true);
-    setAcceptDrops(true);
-    setDropIndicatorShown(true);
-    setDragDropMode(QAbstractItemView::DragDrop);
-    setItemDelegate(new HtmlItemDelegate(this));
+    setUpDatasetView(this);
 }
 
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
@@ -31,11 +24,7 @@ QMimeData* DatasetTreeWidget::mimeData(const QList<QTreeWidgetItem*> items) cons
 {
     if (items.isEmpty() || !items.first()->data(0, Qt::UserRole).isValid())
         return nullptr;
-    auto* data = new QMimeData;
-    const QByteArray id = QByteArray::number(items.first()->data(0, Qt::UserRole).toInt());
-    data->setData(datasetMimeType, id);
-    data->setText(QString::fromUtf8(id));
-    return data;
+    return makeDatasetMimeData(items.first()->data(0, Qt::UserRole).toInt());
 }
 
 void DatasetTreeWidget::startDrag(Qt::DropActions)

@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -201,6 +202,9 @@ private:
     void connectSignals();
 
     // Datasets.
+    std::unique_ptr<DatasetEntry> openEntry(const QString& path);
+    int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
+    static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
     void inheritPeerSettings(DatasetEntry* entry);
     bool activeMatchesAllPeers(const DatasetEntry* excluded) const;

@@ -92,8 +92,7 @@ void MainWindow::openDataset(const QString& path)
 {
     // A file is opened once; a second view of it is made by duplicating.
     if (DatasetEntry* existing = findDatasetByPath(path.toStdString())) {
-        const auto row = std::find(datasetList.begin(), datasetList.end(), existing) - datasetList.begin();
-        setCurrentRow(static_cast<int>(row));
+        setCurrentRow(rowOf(existing));
         return;
     }
     if (preloadRunning) {
@@ -101,34 +100,12 @@ void MainWindow::openDataset(const QString& path)
         return;
     }
 
-    auto entry = std::make_unique<DatasetEntry>();
-    entry->id = nextDatasetId++;
-    entry->reader = std::make_shared<VQDReader>();
-    if (!entry->reader->open(path.toStdString())) {
-        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+    std::unique_ptr<DatasetEntry> entry = openEntry(path);
+    if (!entry)
         return;
-    }
-    entry->filePath = path.toStdString();
-    entry->metadata = entry->reader->readMetadata();
-
-    if (!entry->reader->isInstrumentData()) {
-        if (!unsupportedDataWarned) {
-            unsupportedDataWarned = true;
-            MessageBoxes::warning(this, MainWindowTexts::unsupportedTitle, MainWindowTexts::unsupportedText);
-        }
-        return;
-    }
-
     const QString changedName = metadataText(entry->metadata.export_, "changed sample name");
     entry->displayName = changedName.isEmpty() ? sampleOrFileName(*entry) : changedName;
-
-    DatasetEntry* added = entry.release();
-    datasetList.push_back(added);
-    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
-    inheritPeerSettings(added);
-    addDatasetRow(added);
-    rebuildDatasetTree();
-    const int row = static_cast<int>(datasetList.size()) - 1;
+    const int row = appendEntry(std::move(entry), true);
     startPreload(row);
     setCurrentRow(row);
     updateApplyPlotButton();
@@ -136,12 +113,27 @@ void MainWindow::openDataset(const QString& path)
 
 int MainWindow::openSessionDataset(const QString& path)
 {
+    std::unique_ptr<DatasetEntry> entry = openEntry(path);
+    if (!entry)
+        return -1;
+    // The session restores the stored name later.
+    entry->displayName = QFileInfo(path).fileName();
+    const int id = entry->id;
+    startPreload(appendEntry(std::move(entry), false));
+    return id;
+}
+
+// A new entry with a fresh id, or null after saying why not: a file that can't be opened, or one
+// that no instrument of ours wrote (said once per run, so that a folder of foreign files costs one
+// dialog). The id of a refused file is spent.
+std::unique_ptr<DatasetEntry> MainWindow::openEntry(const QString& path)
+{
     auto entry = std::make_unique<DatasetEntry>();
     entry->id = nextDatasetId++;
     entry->reader = std::make_shared<VQDReader>();
     if (!entry->reader->open(path.toStdString())) {
         MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
-        return -1;
+        return nullptr;
     }
     entry->filePath = path.toStdString();
     entry->metadata = entry->reader->readMetadata();
@@ -150,18 +142,22 @@ int MainWindow::openSessionDataset(const QString& path)
             unsupportedDataWarned = true;
             MessageBoxes::warning(this, MainWindowTexts::unsupportedTitle, MainWindowTexts::unsupportedText);
         }
-        return -1;
+        return nullptr;
     }
-    // The session restores the stored name later.
-    entry->displayName = QFileInfo(path).fileName();
+    return entry;
+}
 
+// Adds the entry as the last row of the session and of its views; returns the row.
+int MainWindow::appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers)
+{
     DatasetEntry* added = entry.release();
     datasetList.push_back(added);
     filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
+    if (inheritFromPeers)
+        inheritPeerSettings(added);
     addDatasetRow(added);
     rebuildDatasetTree();
-    startPreload(static_cast<int>(datasetList.size()) - 1);
-    return added->id;
+    return static_cast<int>(datasetList.size()) - 1;
 }
 
 // A new dataset follows the others where they agree, so that adding a file to a consistent session
@@ -200,21 +196,7 @@ void MainWindow::inheritPeerSettings(DatasetEntry* entry)
         return;
     if (model == activeEntry())
         saveCurrentDatasetState();
-    const VQDReader& reader = *entry->reader;
-    if (entry != model) {
-        if (reader.hasFeature(model->xFeatureName))
-            entry->xFeatureName = model->xFeatureName;
-        if (reader.hasFeature(model->yFeatureName))
-            entry->yFeatureName = model->yFeatureName;
-    }
-    const std::string& color = model->colorFeatureName;
-    if (color.empty() || reader.hasFeature(color) || color.rfind("__density_", 0) == 0)
-        entry->colorFeatureName = color;
-    entry->scaleXMode = model->scaleXMode;
-    entry->scaleYMode = model->scaleYMode;
-    entry->contourMode = model->contourMode;
-    entry->contourFraction1 = model->contourFraction1;
-    entry->contourFraction2 = model->contourFraction2;
+    copyPlotSettings(*model, *entry);
 }
 
 // True when every dataset other than the active one and `excluded` has the plot settings that the
@@ -381,11 +363,7 @@ void MainWindow::duplicateDataset()
     copy->scaleYMode = source->scaleYMode;
     copy->featuresLoaded = true;
 
-    datasetList.push_back(copy);
-    filterDock->setDatasetCount(static_cast<int>(datasetList.size()));
-    addDatasetRow(copy);
-    rebuildDatasetTree();
-    setCurrentRow(static_cast<int>(datasetList.size()) - 1);
+    setCurrentRow(appendEntry(std::unique_ptr<DatasetEntry>(copy), false));
     updateApplyPlotButton();
 }
 
@@ -435,6 +413,24 @@ void MainWindow::clearSession()
     clearDatasetViews();
     statusLabel->setText(MainWindowTexts::noFileText);
     updateApplyPlotButton();
+}
+
+// Features go over only where the target's file has them; a density selector always does.
+void MainWindow::copyPlotSettings(const DatasetEntry& from, DatasetEntry& to)
+{
+    const VQDReader& reader = *to.reader;
+    if (reader.hasFeature(from.xFeatureName))
+        to.xFeatureName = from.xFeatureName;
+    if (reader.hasFeature(from.yFeatureName))
+        to.yFeatureName = from.yFeatureName;
+    const std::string& color = from.colorFeatureName;
+    if (color.empty() || reader.hasFeature(color) || color.rfind("__density_", 0) == 0)
+        to.colorFeatureName = color;
+    to.scaleXMode = from.scaleXMode;
+    to.scaleYMode = from.scaleYMode;
+    to.contourMode = from.contourMode;
+    to.contourFraction1 = from.contourFraction1;
+    to.contourFraction2 = from.contourFraction2;
 }
 
 // Empties every view of a dataset and disables the controls that need one.

@@ -431,21 +431,8 @@ void MainWindow::onApplyPlotSettingsToAll()
         return;
     saveCurrentDatasetState();
     for (DatasetEntry* peer : datasetList) {
-        if (peer == active)
-            continue;
-        const VQDReader& reader = *peer->reader;
-        if (reader.hasFeature(active->xFeatureName))
-            peer->xFeatureName = active->xFeatureName;
-        if (reader.hasFeature(active->yFeatureName))
-            peer->yFeatureName = active->yFeatureName;
-        const std::string& color = active->colorFeatureName;
-        if (color.empty() || isDensityKey(color) || reader.hasFeature(color))
-            peer->colorFeatureName = color;
-        peer->scaleXMode = active->scaleXMode;
-        peer->scaleYMode = active->scaleYMode;
-        peer->contourMode = active->contourMode;
-        peer->contourFraction1 = active->contourFraction1;
-        peer->contourFraction2 = active->contourFraction2;
+        if (peer != active)
+            copyPlotSettings(*active, *peer);
     }
     onFilterChanged();
     updateApplyPlotButton();
