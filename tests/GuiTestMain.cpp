@@ -1,15 +1,12 @@
 #include "app/SafeApplication.h"
-
-#include <gtest/gtest.h>
-
 #include "io/Hdf5Filters.h"
 
 #include <H5Cpp.h>
-
 #include <QByteArray>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QTemporaryDir>
+#include <gtest/gtest.h>
 
 // Widget tests share one application object. It is a SafeApplication, so that tests of the
 // exception guard exercise the real notify(). The offscreen platform needs no display.

@@ -19,7 +19,8 @@ inline QString exampleFeatureFile(std::size_t events)
         settings.eventCount = events;
         ExampleData::WriteOptions options;
         options.images = options.traces = false;
-        ExampleData::writeExampleFile(path.toStdString(), settings, ExampleData::generateEvents(settings), options);
+        ExampleData::writeExampleFile(
+            path.toStdString(), settings, ExampleData::generateEvents(settings), options);
     }
     return path;
 }

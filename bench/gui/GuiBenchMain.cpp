@@ -3,9 +3,8 @@
 #include "ui/MessageBoxes.h"
 
 #include <H5Cpp.h>
-#include <benchmark/benchmark.h>
-
 #include <QStandardPaths>
+#include <benchmark/benchmark.h>
 
 // Widget benchmarks run in one application object on the offscreen platform; message boxes are
 // answered at once so that nothing waits for a person.

@@ -5,11 +5,9 @@
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QCoreApplication>
 #include <QElapsedTimer>
-
+#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -34,4 +32,9 @@ void openUntilLoaded(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(openUntilLoaded)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
+BENCHMARK(openUntilLoaded)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseManualTime()
+    ->Iterations(3);

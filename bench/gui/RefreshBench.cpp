@@ -5,10 +5,9 @@
 #include "plot/ScatterPlot.h"
 #include "ui/MainWindow.h"
 
-#include <benchmark/benchmark.h>
-
 #include <QComboBox>
 #include <QCoreApplication>
+#include <benchmark/benchmark.h>
 
 namespace {
 
@@ -47,4 +46,9 @@ void fullRefresh(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(fullRefresh)->Arg(100000)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
+BENCHMARK(fullRefresh)
+    ->Arg(100000)
+    ->Arg(1000000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(5);

@@ -2,7 +2,6 @@
 
 #include <QFileInfo>
 #include <QHash>
-
 #include <algorithm>
 #include <functional>
 

@@ -83,8 +83,8 @@ void DatasetTreeWidget::dropEvent(QDropEvent* event)
     const bool after = event->pos().y() > visualItemRect(target).center().y();
     event->setDropAction(Qt::CopyAction);
     event->accept();
-    QTimer::singleShot(
-        0, this, [this, sourceId, targetId, after] { Q_EMIT internalReorderRequested(sourceId, targetId, after); });
+    QTimer::singleShot(0, this,
+        [this, sourceId, targetId, after] { Q_EMIT internalReorderRequested(sourceId, targetId, after); });
 }
 
 } // namespace Tessaly

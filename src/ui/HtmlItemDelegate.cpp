@@ -9,7 +9,8 @@ namespace {
 constexpr int textMargin = 4;
 }
 
-void HtmlItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
+void HtmlItemDelegate::paint(
+    QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
 {
     QStyleOptionViewItem opt = option;
     initStyleOption(&opt, index);
@@ -33,7 +34,8 @@ QSize HtmlItemDelegate::sizeHint(const QStyleOptionViewItem& option, const QMode
     document.setDefaultFont(opt.font);
     document.setHtml(opt.text);
     document.setTextWidth(-1);
-    return QSize(static_cast<int>(document.idealWidth()) + 2 * textMargin, static_cast<int>(document.size().height()));
+    return QSize(
+        static_cast<int>(document.idealWidth()) + 2 * textMargin, static_cast<int>(document.size().height()));
 }
 
 } // namespace Tessaly

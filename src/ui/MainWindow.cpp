@@ -16,7 +16,6 @@
 #include <QSpinBox>
 #include <QSplitter>
 #include <QStackedWidget>
-
 #include <algorithm>
 
 namespace Tessaly {
@@ -86,8 +85,8 @@ int MainWindow::datasetFolderDepth() const
 
 FilterGroup* MainWindow::findFilterGroupById(int id) const
 {
-    const auto it
-        = std::find_if(groups.begin(), groups.end(), [id](const FilterGroup* group) { return group->id == id; });
+    const auto it = std::find_if(
+        groups.begin(), groups.end(), [id](const FilterGroup* group) { return group->id == id; });
     return it == groups.end() ? nullptr : *it;
 }
 
@@ -176,8 +175,8 @@ void MainWindow::showEvent(QShowEvent* event)
 void MainWindow::deleteToolWindows()
 {
     QList<QMainWindow*> windows;
-    for (QList<QMainWindow*>* list :
-        { &combinePlotWindows, &statisticalEvaluationWindows, &imageGalleryWindows, &filterGroupMatrixWindows }) {
+    for (QList<QMainWindow*>* list : { &combinePlotWindows, &statisticalEvaluationWindows,
+             &imageGalleryWindows, &filterGroupMatrixWindows }) {
         windows += *list;
         list->clear();
     }

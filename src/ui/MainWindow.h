@@ -10,7 +10,6 @@
 #include <QQueue>
 #include <QString>
 #include <QStringList>
-
 #include <functional>
 #include <map>
 #include <memory>
@@ -65,9 +64,10 @@ inline const QString openFilter = QStringLiteral("VQD Files (*.vqd);;All Files (
 inline const QString errorTitle = QStringLiteral("Error");
 inline const QString failedToOpenText = QStringLiteral("Failed to open: ");
 inline const QString unsupportedTitle = QStringLiteral("Unsupported Data");
-inline const QString unsupportedText = QStringLiteral(
-    "The data does not seem to originate from a ORVANE INSTRUMENTS Vortiq.\nTessaly is not designed to handle this "
-    "data.");
+inline const QString unsupportedText
+    = QStringLiteral("The data does not seem to originate from a ORVANE INSTRUMENTS Vortiq.\nTessaly is not "
+                     "designed to handle this "
+                     "data.");
 inline const QString invalidFileTitle = QStringLiteral("Invalid File");
 inline const QString invalidFileText = QStringLiteral("Please drop .vqd file(s) or folders containing them.");
 inline const QString cannotRemoveTitle = QStringLiteral("Cannot Remove");
@@ -83,19 +83,22 @@ inline const QString withMaskSuffix = QStringLiteral(" (with mask)");
 inline const QString xScaleToolTip = QStringLiteral("X-axis scale mode");
 inline const QString yScaleToolTip = QStringLiteral("Y-axis scale mode");
 inline const QString logWarningItem = QStringLiteral("Log ⚠");
-inline const QString logWarningSheet = QStringLiteral("QComboBox { background-color: #fff8e1; border: 1px solid #f9a825; }");
+inline const QString logWarningSheet
+    = QStringLiteral("QComboBox { background-color: #fff8e1; border: 1px solid #f9a825; }");
 // %1 the axis, %2 the count, %3 the plural ending.
 inline const QString logWarningToolTip
     = QStringLiteral("%1: %2 point%3 with value ≤ 0 not shown (cannot be drawn on a log axis)");
-inline const QString applyButtonToolTip = QStringLiteral(
-    "Copy the active dataset's feature, scale, and contour settings to every other loaded dataset. Highlights "
-    "when any peer differs.");
-inline const QString applyButtonHighlightSheet = QStringLiteral(
-    "QPushButton { background-color: #a6d7d5; color: #00abad; border: 1px solid #00abad; font-weight: bold; }");
+inline const QString applyButtonToolTip
+    = QStringLiteral("Copy the active dataset's feature, scale, and contour settings to every other loaded "
+                     "dataset. Highlights "
+                     "when any peer differs.");
+inline const QString applyButtonHighlightSheet
+    = QStringLiteral("QPushButton { background-color: #a6d7d5; color: #00abad; border: 1px solid #00abad; "
+                     "font-weight: bold; }");
 inline const QString densityKdeKey = QStringLiteral("__density_kde__");
 inline const QString densityKdeText = QStringLiteral("Density (KDE)");
-inline const QStringList colorMapNames = { QStringLiteral("Viridis"), QStringLiteral("Jet"), QStringLiteral("Jet+"),
-    QStringLiteral("Plasma"), QStringLiteral("Quorin"), QStringLiteral("Grayscale") };
+inline const QStringList colorMapNames = { QStringLiteral("Viridis"), QStringLiteral("Jet"),
+    QStringLiteral("Jet+"), QStringLiteral("Plasma"), QStringLiteral("Quorin"), QStringLiteral("Grayscale") };
 } // namespace MainWindowTexts
 
 // The keys of the program's persistent settings.

@@ -1,20 +1,18 @@
 // The two views of the datasets: the flat list, the master view whose row order is the session's,
 // and the folder tree rebuilt from it; reordering, renaming and their context menus.
-#include "ui/MainWindow.h"
-
 #include "core/DatasetEntry.h"
 #include "ui/DatasetFolderTree.h"
 #include "ui/DatasetListWidget.h"
 #include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/MainWindow.h"
 
 #include <QLineEdit>
 #include <QMenu>
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTreeWidget>
-
 #include <algorithm>
 #include <functional>
 
@@ -24,7 +22,8 @@ QString MainWindow::datasetLabelHtml(const DatasetEntry* entry) const
 {
     QStringList parts = datasetDetails(*entry, true);
     parts << QStringLiteral("%1 events").arg(entry->reader->eventCount());
-    return QStringLiteral("<b>%1</b> (%2)").arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")));
+    return QStringLiteral("<b>%1</b> (%2)")
+        .arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")));
 }
 
 int MainWindow::rowOf(const DatasetEntry* entry) const
@@ -60,7 +59,8 @@ void MainWindow::rebuildDatasetTree()
     QStringList paths;
     for (const DatasetEntry* entry : datasetList)
         paths << QString::fromStdString(entry->filePath);
-    const std::vector<DatasetFolderNode> nodes = buildDatasetFolderTree(paths, depthSpinBox ? depthSpinBox->value() : 2);
+    const std::vector<DatasetFolderNode> nodes
+        = buildDatasetFolderTree(paths, depthSpinBox ? depthSpinBox->value() : 2);
 
     QTreeWidgetItem* activeItem = nullptr;
     std::function<void(const DatasetFolderNode&, QTreeWidgetItem*)> addNode

@@ -1,7 +1,5 @@
 // How files become datasets and leave again: opening, drag and drop, the background preload and its
 // queues, removal, duplication and clearing the session.
-#include "ui/MainWindow.h"
-
 #include "core/DatasetEntry.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
@@ -11,6 +9,7 @@
 #include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 #include "ui/PathOrder.h"
 #include "ui/StatisticsDockWidget.h"
@@ -30,7 +29,6 @@
 #include <QTreeWidget>
 #include <QUrl>
 #include <QtConcurrent/QtConcurrentRun>
-
 #include <algorithm>
 #include <cmath>
 
@@ -42,7 +40,6 @@ bool hasVqdSuffix(const QString& path)
 {
     return path.endsWith(QStringLiteral(".vqd"), Qt::CaseInsensitive);
 }
-
 
 } // namespace
 
@@ -238,7 +235,8 @@ void MainWindow::startPreload(int row)
     // The task keeps the reader alive by its own reference, so that closing the program while it
     // runs can't pull the reader from under it; it touches nothing else.
     std::shared_ptr<VQDReader> reader = entry->reader;
-    preloadWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [reader] { reader->cacheAllFeatures(); }));
+    preloadWatcher->setFuture(
+        QtConcurrent::run(QThreadPool::globalInstance(), [reader] { reader->cacheAllFeatures(); }));
 }
 
 // The order below decides who goes next: queued preloads first, then files of a session being

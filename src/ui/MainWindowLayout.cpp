@@ -1,6 +1,4 @@
 // The frame of the main window: docks, central widget and menus, and the signal connections.
-#include "ui/MainWindow.h"
-
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -8,6 +6,7 @@
 #include "ui/DatasetListWidget.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/MainWindow.h"
 #include "ui/StatisticsDockWidget.h"
 
 #include <QAction>
@@ -34,15 +33,15 @@
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
-
 #include <algorithm>
 
 namespace Tessaly {
 
 namespace {
 
-const QString statusLabelSheet = QStringLiteral("QLabel { padding: 5px; background-color: #eceef1; border: 1px "
-                                                "solid #dcdee2; border-radius: 5px; color: #23262e; }");
+const QString statusLabelSheet
+    = QStringLiteral("QLabel { padding: 5px; background-color: #eceef1; border: 1px "
+                     "solid #dcdee2; border-radius: 5px; color: #23262e; }");
 
 QDockWidget* makeDock(const QString& title, QWidget* widget, QMainWindow* owner, bool titleBar)
 {
@@ -236,7 +235,8 @@ QWidget* MainWindow::createPlotSettings()
     colorFeatureCombo->setObjectName(QStringLiteral("colorFeatureCombo"));
     // Wide enough for the longest common label, and no wider however large the window grows.
     const int maxComboWidth
-        = xFeatureCombo->fontMetrics().horizontalAdvance(QStringLiteral("Position along channel axis [µm]")) + 60;
+        = xFeatureCombo->fontMetrics().horizontalAdvance(QStringLiteral("Position along channel axis [µm]"))
+        + 60;
     for (QComboBox* combo : { xFeatureCombo, yFeatureCombo }) {
         combo->setMinimumWidth(150);
         combo->setMaximumWidth(maxComboWidth);
@@ -293,20 +293,25 @@ void MainWindow::createMenus()
     QMenu* fileMenu = menuBar()->addMenu(QStringLiteral("&File"));
     fileMenu->addAction(QStringLiteral("&Open..."), this, &MainWindow::openFile, QKeySequence::Open);
     fileMenu->addSeparator();
-    fileMenu->addAction(QStringLiteral("&Save Session..."))->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+S")));
-    fileMenu->addAction(QStringLiteral("&Load Session..."))->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+O")));
+    fileMenu->addAction(QStringLiteral("&Save Session..."))
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+S")));
+    fileMenu->addAction(QStringLiteral("&Load Session..."))
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+O")));
     fileMenu->addSeparator();
     fileMenu->addAction(QStringLiteral("&Clear Session"), this, &MainWindow::clearSession);
     fileMenu->addSeparator();
     fileMenu->addAction(QStringLiteral("E&xit"), this, &QWidget::close, QKeySequence::Quit);
 
     QMenu* exportMenu = menuBar()->addMenu(QStringLiteral("&Export"));
-    exportMenu->addAction(QStringLiteral("Export &Plot..."))->setShortcut(QKeySequence(QStringLiteral("Ctrl+E")));
-    exportMenu->addAction(QStringLiteral("Export &Data..."))->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+E")));
+    exportMenu->addAction(QStringLiteral("Export &Plot..."))
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+E")));
+    exportMenu->addAction(QStringLiteral("Export &Data..."))
+        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+E")));
     exportMenu->addAction(QStringLiteral("Export Statistical &Summary..."));
 
     QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
-    for (QDockWidget* dock : { datasetsDock, filtersDock, calculationsDockWidget, metadataDock, statisticsDockWidget })
+    for (QDockWidget* dock :
+        { datasetsDock, filtersDock, calculationsDockWidget, metadataDock, statisticsDockWidget })
         viewMenu->addAction(dock->toggleViewAction());
 
     QMenu* toolMenu = menuBar()->addMenu(QStringLiteral("&Tool Windows"));
@@ -352,7 +357,8 @@ void MainWindow::connectSignals()
     connect(checkOnStartupAction, &QAction::toggled, this, &MainWindow::onCheckOnStartupToggled);
     connect(datasetViewModeCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
         &MainWindow::onDatasetViewModeChanged);
-    connect(depthSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onDatasetDepthChanged);
+    connect(
+        depthSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onDatasetDepthChanged);
     connect(datasetListWidget, &QListWidget::currentRowChanged, this, &MainWindow::onDatasetSelected);
     connect(datasetTreeWidget, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
         if (treeSelectionUpdating || !item || !item->data(0, Qt::UserRole).isValid())
@@ -364,9 +370,11 @@ void MainWindow::connectSignals()
     });
     connect(filterDock, &FilterDockWidget::filterChanged, this, &MainWindow::onFilterChanged);
     for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo })
-        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &MainWindow::updateFeatureSelection);
+        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &MainWindow::updateFeatureSelection);
     for (QComboBox* combo : { xScaleCombo, yScaleCombo })
-        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, &MainWindow::onScaleModeChanged);
+        connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
+            &MainWindow::onScaleModeChanged);
     connect(contourCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
         updateContours();
         updateApplyPlotButton();
@@ -380,7 +388,8 @@ void MainWindow::connectSignals()
     connect(isoelasticsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
     connect(isoelasticLabelsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
     connect(applyPlotSettingsButton, &QPushButton::clicked, this, &MainWindow::onApplyPlotSettingsToAll);
-    connect(eventSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onEventSpinBoxChanged);
+    connect(
+        eventSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onEventSpinBoxChanged);
     connect(scatterPlot, &ScatterPlot::pointClicked, this, &MainWindow::onPointClicked);
     connect(imageViewer, &ImageViewer::showMaskToggled, this, &MainWindow::onMaskToggled);
     connect(renameEdit, &QLineEdit::editingFinished, this, &MainWindow::onRenameFinished);

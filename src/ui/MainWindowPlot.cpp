@@ -1,7 +1,5 @@
 // Showing the active dataset: selection, the controls that hold its plot settings, the status text
 // and the metadata tree.
-#include "ui/MainWindow.h"
-
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
 #include "plot/ImageViewer.h"
@@ -12,6 +10,7 @@
 #include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/MainWindow.h"
 #include "ui/StatisticsDockWidget.h"
 
 #include <QComboBox>
@@ -23,7 +22,6 @@
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTreeWidget>
-
 #include <algorithm>
 #include <cmath>
 #include <set>
@@ -199,12 +197,17 @@ void MainWindow::updatePlotStatus()
 
     QStringList parts = datasetDetails(*entry, false);
     if (filterReducedPlot) {
-        const double percent = total > 0 ? 100.0 * static_cast<double>(shown) / static_cast<double>(total) : 0.0;
-        parts << QStringLiteral("%1/%2 events shown (%3% pass filter)").arg(shown).arg(total).arg(percent, 0, 'f', 1);
+        const double percent
+            = total > 0 ? 100.0 * static_cast<double>(shown) / static_cast<double>(total) : 0.0;
+        parts << QStringLiteral("%1/%2 events shown (%3% pass filter)")
+                     .arg(shown)
+                     .arg(total)
+                     .arg(percent, 0, 'f', 1);
     } else {
         parts << QStringLiteral("%1 events").arg(total);
     }
-    statusLabel->setText(MainWindowTexts::loadedText.arg(entry->displayName, parts.join(QStringLiteral(", "))));
+    statusLabel->setText(
+        MainWindowTexts::loadedText.arg(entry->displayName, parts.join(QStringLiteral(", "))));
 }
 
 // The button lights up when the datasets disagree on their plot settings.
@@ -254,8 +257,8 @@ void MainWindow::fillMetadataTree()
     addSection(QStringLiteral("Export"), metadata.export_);
 
     // Attributes of no known section, or without a section, stand under their full names.
-    static const std::set<std::string> known
-        = { "experiment", "setup", "imaging", "online_contour", "online_filter", "offline_filter", "fluorescence", "export" };
+    static const std::set<std::string> known = { "experiment", "setup", "imaging", "online_contour",
+        "online_filter", "offline_filter", "fluorescence", "export" };
     std::map<std::string, std::string> other;
     for (const auto& [name, value] : metadata.allAttributes) {
         const auto colon = name.find(':');

@@ -1,7 +1,5 @@
 // The refresh pipeline: every change of features, filter, colour or scale ends in onFilterChanged,
 // which rebuilds what the plot shows; around it the overlays, the status and the event selection.
-#include "ui/MainWindow.h"
-
 #include "calc/Contours.h"
 #include "calc/Density.h"
 #include "core/DatasetEntry.h"
@@ -11,6 +9,7 @@
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
+#include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 #include "ui/StatisticsDockWidget.h"
 
@@ -20,7 +19,6 @@
 #include <QSignalBlocker>
 #include <QSpinBox>
 #include <QTableWidget>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -139,7 +137,8 @@ void MainWindow::onFilterChanged()
 
     // Points at or below zero stay in the vectors but can't be drawn on a log axis.
     const auto nonPositive = [](const std::vector<double>& values) {
-        return static_cast<int>(std::count_if(values.begin(), values.end(), [](double v) { return v <= 0.0; }));
+        return static_cast<int>(
+            std::count_if(values.begin(), values.end(), [](double v) { return v <= 0.0; }));
     };
     markLogAxisProblem(xScaleCombo, scaleX == 1 ? nonPositive(plotX) : 0, MainWindowTexts::xScaleToolTip);
     markLogAxisProblem(yScaleCombo, scaleY == 1 ? nonPositive(plotY) : 0, MainWindowTexts::yScaleToolTip);
@@ -184,7 +183,9 @@ void MainWindow::cleanPlotPoints()
         color.reserve(n);
     for (std::size_t i = 0; i < n; ++i) {
         const double yi = i < plotY.size() ? plotY[i] : std::numeric_limits<double>::quiet_NaN();
-        const double ci = !colored ? 0.0 : i < plotColor.size() ? plotColor[i] : std::numeric_limits<double>::quiet_NaN();
+        const double ci = !colored ? 0.0
+            : i < plotColor.size() ? plotColor[i]
+                                   : std::numeric_limits<double>::quiet_NaN();
         if (!std::isfinite(plotX[i]) || !std::isfinite(yi) || !std::isfinite(ci))
             continue;
         x.push_back(plotX[i]);
@@ -235,9 +236,8 @@ void MainWindow::markLogAxisProblem(QComboBox* combo, int count, const QString& 
     if (count > 0) {
         combo->setItemText(1, MainWindowTexts::logWarningItem);
         combo->setStyleSheet(MainWindowTexts::logWarningSheet);
-        combo->setToolTip(MainWindowTexts::logWarningToolTip.arg(axisName)
-                              .arg(count)
-                              .arg(count == 1 ? QString() : QStringLiteral("s")));
+        combo->setToolTip(MainWindowTexts::logWarningToolTip.arg(axisName).arg(count).arg(
+            count == 1 ? QString() : QStringLiteral("s")));
     } else {
         combo->setItemText(1, QStringLiteral("Log"));
         combo->setStyleSheet(QString());
@@ -331,7 +331,8 @@ void MainWindow::onPointClicked(int index)
 void MainWindow::onEventSpinBoxChanged(int index)
 {
     DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->hasImage() || index < 0 || index >= static_cast<int>(entry->reader->eventCount()))
+    if (!entry || !entry->reader->hasImage() || index < 0
+        || index >= static_cast<int>(entry->reader->eventCount()))
         return;
     entry->currentEventIndex = index;
     if (visibleIndices.empty()) {
@@ -376,7 +377,8 @@ void MainWindow::showEventData(int event)
                 int maskHeight = 0;
                 const std::vector<std::uint8_t> mask = reader.getMask(index, &maskWidth, &maskHeight);
                 if (!mask.empty() && maskWidth == width && maskHeight == height) {
-                    imageViewer->setImageWithMask(image, mask, width, height, title + MainWindowTexts::withMaskSuffix);
+                    imageViewer->setImageWithMask(
+                        image, mask, width, height, title + MainWindowTexts::withMaskSuffix);
                     withMask = true;
                 }
             }
@@ -420,7 +422,8 @@ void MainWindow::showEventTraces(int event)
     }
     std::map<std::string, std::vector<float>> traces;
     for (const TraceChannel& channel : tracePlot->traceChannels())
-        traces[channel.traceName] = entry->reader->getTrace(channel.traceName, static_cast<std::size_t>(event));
+        traces[channel.traceName]
+            = entry->reader->getTrace(channel.traceName, static_cast<std::size_t>(event));
     tracePlot->setTraces(traces);
 }
 

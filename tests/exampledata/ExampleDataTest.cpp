@@ -2,13 +2,11 @@
 #include "FrameRenderer.h"
 #include "io/VQDReader.h"
 
-#include <gtest/gtest.h>
-
 #include <QProcess>
 #include <QTemporaryDir>
-
 #include <algorithm>
 #include <cmath>
+#include <gtest/gtest.h>
 
 using namespace Tessaly::ExampleData;
 
@@ -129,7 +127,9 @@ TEST(ExampleData, WrittenFilesReadBackAsInstrumentData)
         EXPECT_EQ(reader.hasMask(), perEventData);
         EXPECT_EQ(reader.hasTraces(), perEventData);
         if (perEventData) {
-            EXPECT_EQ(reader.traceNames(), (std::vector<std::string> { "fl1_median", "fl1_raw", "fl2_median", "fl2_raw", "fl3_median", "fl3_raw" }));
+            EXPECT_EQ(reader.traceNames(),
+                (std::vector<std::string> {
+                    "fl1_median", "fl1_raw", "fl2_median", "fl2_raw", "fl3_median", "fl3_raw" }));
             EXPECT_EQ(reader.traceLength(), 160u);
         }
         EXPECT_GE(reader.featureNames().size(), 30u);
@@ -138,7 +138,8 @@ TEST(ExampleData, WrittenFilesReadBackAsInstrumentData)
                 continue;
             const auto& column = reader.getFeature(name);
             EXPECT_EQ(column.size(), events) << name;
-            EXPECT_TRUE(std::all_of(column.begin(), column.end(), [](double x) { return std::isfinite(x); })) << name;
+            EXPECT_TRUE(std::all_of(column.begin(), column.end(), [](double x) { return std::isfinite(x); }))
+                << name;
         }
         EXPECT_EQ(metadata.setup.at("channel width"), "20.000000");
         EXPECT_EQ(metadata.imaging.at("pixel size"), "0.340000");

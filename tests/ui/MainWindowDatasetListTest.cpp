@@ -1,10 +1,7 @@
 #include "MainWindowFixture.h"
-
+#include "support/FixtureWriter.h"
 #include "ui/DatasetListWidget.h"
 #include "ui/DatasetTreeWidget.h"
-#include "support/FixtureWriter.h"
-
-#include <memory>
 
 #include <QApplication>
 #include <QComboBox>
@@ -15,6 +12,7 @@
 #include <QSignalSpy>
 #include <QTest>
 #include <QTreeWidget>
+#include <memory>
 
 using namespace Tessaly;
 using Tessaly::Testing::MainWindowFixture;
@@ -57,7 +55,8 @@ TEST_F(MainWindowDatasetList, ReorderingMovesTheDatasetAndKeepsTheActiveOne)
     EXPECT_EQ(w.activeDatasetId(), activeId);
     EXPECT_EQ(list->currentRow(), 0);
     for (int row = 0; row < 4; ++row)
-        EXPECT_EQ(list->item(row)->data(Qt::UserRole).toInt(), w.datasets()[static_cast<std::size_t>(row)]->id);
+        EXPECT_EQ(
+            list->item(row)->data(Qt::UserRole).toInt(), w.datasets()[static_cast<std::size_t>(row)]->id);
 }
 
 TEST_F(MainWindowDatasetList, DropsDecideTheTargetRowByTheHalfOfTheRow)

@@ -1,5 +1,4 @@
 #include "MainWindowFixture.h"
-
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
 #include "support/FixtureWriter.h"
@@ -11,11 +10,9 @@
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QTreeWidget>
-
-#include <qwt_plot_curve.h>
-
 #include <cmath>
 #include <limits>
+#include <qwt_plot_curve.h>
 
 using namespace Tessaly;
 using Tessaly::Testing::FixtureWriter;
@@ -38,13 +35,16 @@ class MainWindowRefresh : public MainWindowFixture
 {
 protected:
     // A small instrument file with the given columns.
-    QString writeColumns(const QString& name, const std::vector<std::pair<std::string, std::vector<double>>>& columns)
+    QString writeColumns(
+        const QString& name, const std::vector<std::pair<std::string, std::vector<double>>>& columns)
     {
         const QString path = folder.filePath(name);
         FixtureWriter writer(path.toStdString());
         for (const auto& [feature, values] : columns)
             writer.column<double>(feature, values);
-        writer.stringAttribute("setup:module composition", "Vortiq").stringAttribute("experiment:sample", "S").close();
+        writer.stringAttribute("setup:module composition", "Vortiq")
+            .stringAttribute("experiment:sample", "S")
+            .close();
         return path;
     }
 
@@ -73,18 +73,21 @@ TEST_F(MainWindowRefresh, LogAxesWarnAboutPointsTheyCannotDraw)
 {
     makeWindow();
     window->openDataset(writeColumns("log.vqd",
-        { { "area_um", { -1, 0, 5, 6 } }, { "pos_x", { 0, 1, 2, 3 } }, { "deform", { 0.1, 0.2, 0.3, 0.4 } } }));
+        { { "area_um", { -1, 0, 5, 6 } }, { "pos_x", { 0, 1, 2, 3 } },
+            { "deform", { 0.1, 0.2, 0.3, 0.4 } } }));
     ASSERT_TRUE(waitUntilIdle());
     QComboBox* scale = combo("xScaleCombo");
     scale->setCurrentIndex(1);
     EXPECT_EQ(scale->itemText(1), "Log ⚠");
-    EXPECT_EQ(scale->toolTip(), "X-axis scale mode: 2 points with value ≤ 0 not shown (cannot be drawn on a log axis)");
+    EXPECT_EQ(scale->toolTip(),
+        "X-axis scale mode: 2 points with value ≤ 0 not shown (cannot be drawn on a log axis)");
     EXPECT_FALSE(scale->styleSheet().isEmpty());
     // The points stay in the plot; they just can't be drawn.
     EXPECT_EQ(window->plottedX().size(), 4u);
 
     choose(combo("xFeatureCombo"), "pos_x");
-    EXPECT_EQ(scale->toolTip(), "X-axis scale mode: 1 point with value ≤ 0 not shown (cannot be drawn on a log axis)");
+    EXPECT_EQ(scale->toolTip(),
+        "X-axis scale mode: 1 point with value ≤ 0 not shown (cannot be drawn on a log axis)");
 
     scale->setCurrentIndex(0);
     EXPECT_EQ(scale->itemText(1), "Log");

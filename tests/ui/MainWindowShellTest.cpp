@@ -1,5 +1,4 @@
 #include "MainWindowFixture.h"
-
 #include "ui/MainWindow.h"
 
 #include <QAction>
@@ -21,7 +20,8 @@ namespace {
 QAction* checkedColorMap(MainWindow& window)
 {
     for (QAction* action : window.findChildren<QAction*>()) {
-        if (action->isCheckable() && action->isChecked() && MainWindowTexts::colorMapNames.contains(action->text()))
+        if (action->isCheckable() && action->isChecked()
+            && MainWindowTexts::colorMapNames.contains(action->text()))
             return action;
     }
     return nullptr;
@@ -74,7 +74,8 @@ TEST_F(MainWindowShell, StartsEmptyWithItsDocksAndMenus)
     QStringList toggles;
     for (const QAction* action : view->actions())
         toggles << action->text();
-    EXPECT_EQ(toggles, (QStringList { "Datasets", "Filters", "Calculations", "Metadata", "Plot Statistics" }));
+    EXPECT_EQ(
+        toggles, (QStringList { "Datasets", "Filters", "Calculations", "Metadata", "Plot Statistics" }));
 }
 
 TEST_F(MainWindowShell, StoredSettingsAreClampedOnReading)

@@ -87,8 +87,8 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         CellShape& cell = result.cells[i];
         // Two populations: larger cells and a smaller, stiffer one.
         const bool small = uniform(rng) < 0.3;
-        const double area = std::clamp(small ? 40.0 * std::exp(0.2 * gauss(rng)) : 95.0 * std::exp(0.25 * gauss(rng)),
-            15.0, 400.0);
+        const double area = std::clamp(
+            small ? 40.0 * std::exp(0.2 * gauss(rng)) : 95.0 * std::exp(0.25 * gauss(rng)), 15.0, 400.0);
         const double softness = small ? 0.6 : 1.0;
         const double deform = std::clamp(
             s.deformScale * softness * (0.008 + 0.00035 * area) * std::exp(0.3 * gauss(rng)), 0.002, 0.3);
@@ -106,12 +106,15 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         frame += 1 + frameGap(rng);
         onlineIndex += 1 + (uniform(rng) < 0.05 ? 1 : 0);
         const double lateral = cell.centreY / halfChannel;
-        const double speed = std::max(1.0, meanSpeed * 1.4 * (1.0 - 0.5 * lateral * lateral) * (1.0 + 0.03 * gauss(rng)));
+        const double speed
+            = std::max(1.0, meanSpeed * 1.4 * (1.0 - 0.5 * lateral * lateral) * (1.0 + 0.03 * gauss(rng)));
 
         const bool positive = uniform(rng) < s.fluorescentFraction;
-        const double fl1 = positive ? 2500.0 * std::exp(0.35 * gauss(rng)) : 120.0 * std::exp(0.3 * gauss(rng));
+        const double fl1
+            = positive ? 2500.0 * std::exp(0.35 * gauss(rng)) : 120.0 * std::exp(0.3 * gauss(rng));
         const double ownFl2 = 150.0 * std::exp(0.4 * gauss(rng));
-        const double flValues[3] = { fl1, ownFl2 + 0.12 * fl1, 60.0 * std::exp(0.3 * gauss(rng)) + 0.02 * fl1 };
+        const double flValues[3]
+            = { fl1, ownFl2 + 0.12 * fl1, 60.0 * std::exp(0.3 * gauss(rng)) + 0.02 * fl1 };
         const double basePosition = 0.5 * s.traceLength * dtTrace;
         const double width = 2.0 + 0.25 * 2.0 * cell.semiAxisX * 1000.0 / speed;
         for (int c = 0; c < 3; ++c) {

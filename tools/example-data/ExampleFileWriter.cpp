@@ -4,7 +4,6 @@
 #include "io/Hdf5Filters.h"
 
 #include <H5Cpp.h>
-
 #include <algorithm>
 #include <ctime>
 #include <iostream>
@@ -87,10 +86,11 @@ void writeMetadata(H5::H5File& file, const ExampleSettings& s)
     writeString(file, "online_filter:target population", "cells");
 
     // One polygon gate as the instrument stores it: vertices of area_um against deform.
-    const float gate[5][2] = { { 20.f, 0.005f }, { 250.f, 0.005f }, { 250.f, 0.15f }, { 60.f, 0.2f }, { 20.f, 0.1f } };
+    const float gate[5][2]
+        = { { 20.f, 0.005f }, { 250.f, 0.005f }, { 250.f, 0.15f }, { 60.f, 0.2f }, { 20.f, 0.1f } };
     const hsize_t dims[2] = { 5, 2 };
-    file.createAttribute("online_filter:area_um,deform polygon points", H5::PredType::NATIVE_FLOAT,
-            H5::DataSpace(2, dims))
+    file.createAttribute(
+            "online_filter:area_um,deform polygon points", H5::PredType::NATIVE_FLOAT, H5::DataSpace(2, dims))
         .write(H5::PredType::NATIVE_FLOAT, gate);
 }
 
@@ -105,7 +105,8 @@ void writeColumns(H5::H5File& file, const ExampleEvents& events, const WriteOpti
             setCompression(properties, options.compression);
         }
         const H5::DataSpace space(1, &n);
-        const H5::PredType& fileType = options.singlePrecision ? H5::PredType::IEEE_F32LE : H5::PredType::IEEE_F64LE;
+        const H5::PredType& fileType
+            = options.singlePrecision ? H5::PredType::IEEE_F32LE : H5::PredType::IEEE_F64LE;
         file.createDataSet("/events/" + name, fileType, space, properties)
             .write(values.data(), H5::PredType::NATIVE_DOUBLE);
     }
@@ -130,7 +131,8 @@ std::vector<std::int16_t> slidingMedian5(const std::vector<std::int16_t>& trace)
     std::vector<std::int16_t> result(trace.size());
     const long n = static_cast<long>(trace.size());
     for (long i = 0; i < n; ++i) {
-        std::vector<std::int16_t> window(trace.begin() + std::max(0L, i - 2), trace.begin() + std::min(n, i + 3));
+        std::vector<std::int16_t> window(
+            trace.begin() + std::max(0L, i - 2), trace.begin() + std::min(n, i + 3));
         std::nth_element(window.begin(), window.begin() + static_cast<long>(window.size() / 2), window.end());
         result[static_cast<std::size_t>(i)] = window[window.size() / 2];
     }
@@ -139,8 +141,8 @@ std::vector<std::int16_t> slidingMedian5(const std::vector<std::int16_t>& trace)
 
 // Frames, masks and traces are rendered and written in blocks, so that a large file never needs
 // all of them in memory at once.
-void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleEvents& events,
-    const WriteOptions& options)
+void writeEventArrays(
+    H5::H5File& file, const ExampleSettings& s, const ExampleEvents& events, const WriteOptions& options)
 {
     const hsize_t n = events.cells.size();
     const hsize_t h = static_cast<hsize_t>(s.frameHeight);
@@ -192,7 +194,8 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
         if (options.images) {
             const hsize_t offset[3] = { start, 0, 0 };
             const hsize_t extent[3] = { count, h, w };
-            for (auto [dataset, data] : { std::pair { &image, &imageBlock }, std::pair { &mask, &maskBlock } }) {
+            for (auto [dataset, data] :
+                { std::pair { &image, &imageBlock }, std::pair { &mask, &maskBlock } }) {
                 H5::DataSpace fileSpace = dataset->getSpace();
                 fileSpace.selectHyperslab(H5S_SELECT_SET, extent, offset);
                 dataset->write(data->data(), H5::PredType::NATIVE_UINT8, H5::DataSpace(3, extent), fileSpace);
@@ -204,7 +207,8 @@ void writeEventArrays(H5::H5File& file, const ExampleSettings& s, const ExampleE
             for (int c = 0; c < 6; ++c) {
                 H5::DataSpace fileSpace = traces[c].getSpace();
                 fileSpace.selectHyperslab(H5S_SELECT_SET, extent, offset);
-                traces[c].write(traceBlock[c].data(), H5::PredType::NATIVE_INT16, H5::DataSpace(2, extent), fileSpace);
+                traces[c].write(
+                    traceBlock[c].data(), H5::PredType::NATIVE_INT16, H5::DataSpace(2, extent), fileSpace);
             }
         }
     }

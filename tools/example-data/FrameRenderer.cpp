@@ -25,7 +25,8 @@ FrameRenderer::FrameRenderer(const ExampleSettings& s)
     }
 }
 
-void FrameRenderer::render(const CellShape& cell, std::mt19937_64& rng, std::uint8_t* image, std::uint8_t* mask) const
+void FrameRenderer::render(
+    const CellShape& cell, std::mt19937_64& rng, std::uint8_t* image, std::uint8_t* mask) const
 {
     std::normal_distribution<float> noise(0.0f, 2.5f);
     const int width = settings.frameWidth;
@@ -55,7 +56,8 @@ void FrameRenderer::render(const CellShape& cell, std::mt19937_64& rng, std::uin
     }
 }
 
-void FrameRenderer::renderTraces(const CellShape& cell, std::mt19937_64& rng, std::vector<std::int16_t> traces[3]) const
+void FrameRenderer::renderTraces(
+    const CellShape& cell, std::mt19937_64& rng, std::vector<std::int16_t> traces[3]) const
 {
     std::normal_distribution<double> noise(0.0, 6.0);
     const double dt = 1e6 / settings.traceSampleRate;

@@ -3,17 +3,16 @@
 #include "ExampleFileWriter.h"
 
 #include <H5Cpp.h>
-
 #include <QCommandLineParser>
 #include <QCoreApplication>
-
 #include <cstdio>
 
 using namespace Tessaly::ExampleData;
 
 namespace {
 
-bool parseNumber(const QCommandLineParser& parser, const QString& name, double low, double high, double& value)
+bool parseNumber(
+    const QCommandLineParser& parser, const QString& name, double low, double high, double& value)
 {
     if (!parser.isSet(name))
         return true;
@@ -43,14 +42,16 @@ int main(int argc, char** argv)
     parser.addPositionalArgument("output", "The .vqd file to write (replaced if it exists).");
     parser.addOptions({
         { "events", "Number of events, 100 to 1000000 (default 5000).", "n" },
-        { "images-up-to", "Write frames, masks and traces only if there are at most this many events "
-                          "(default 20000); above it only scalar features are written.",
+        { "images-up-to",
+            "Write frames, masks and traces only if there are at most this many events "
+            "(default 20000); above it only scalar features are written.",
             "n" },
         { "seed", "Random seed; the same seed gives the same file (default 1).", "n" },
         { "sample", "Sample name stored in the metadata.", "name" },
         { "flow-rate", "Flow rate in µL/s (default 0.06).", "value" },
         { "channel-width", "Channel width in µm (default 20).", "value" },
-        { "deform-scale", "Factor on the cells' deformation; above 1 the cells are softer (default 1).", "value" },
+        { "deform-scale", "Factor on the cells' deformation; above 1 the cells are softer (default 1).",
+            "value" },
         { "fluorescent-fraction", "Share of FL-1 positive cells, 0 to 1 (default 0.3).", "value" },
         { "compression", "none, deflate or zstd (default none).", "kind" },
         { "float32", "Store scalar features as 32-bit floats instead of 64-bit." },
@@ -67,7 +68,8 @@ int main(int argc, char** argv)
     double events = static_cast<double>(settings.eventCount);
     double imagesUpTo = 20000;
     double seed = 1;
-    if (!parseNumber(parser, "events", 100, 1000000, events) || !parseNumber(parser, "images-up-to", 0, 1e7, imagesUpTo)
+    if (!parseNumber(parser, "events", 100, 1000000, events)
+        || !parseNumber(parser, "images-up-to", 0, 1e7, imagesUpTo)
         || !parseNumber(parser, "seed", 0, 4e9, seed)
         || !parseNumber(parser, "flow-rate", 0.001, 10, settings.flowRate)
         || !parseNumber(parser, "channel-width", 5, 100, settings.channelWidth)
