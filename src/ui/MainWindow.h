@@ -114,8 +114,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // the docks and the tool windows. Its definitions are split by concern over several files:
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
-// MainWindowDatasetList.cpp (the list and folder views) and MainWindowPlot.cpp (showing the active
-// dataset).
+// MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
+// dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -136,6 +136,9 @@ public:
     const std::vector<FilterGroup*>& filterGroups() const { return groups; }
     FilterGroup* findFilterGroupById(int id) const;
     bool isGroupEnabled(const DatasetEntry* ds, int groupId) const;
+    int addFilterGroup(const std::string& name);
+    void addRuleToGroup(int groupId, const FilterRule& rule);
+    void setGroupEnabled(int datasetId, int groupId, bool on);
     // The rules that decide which events of a dataset count: its own, then those of every group it
     // has enabled, under the dataset's own switch and combine mode.
     EventFilter buildEffectiveFilter(const DatasetEntry* ds) const;

@@ -257,3 +257,42 @@ TEST_F(MainWindowRefresh, MetadataIsShownBySectionWithTheRestUnderOther)
     EXPECT_EQ(other->child(1)->text(0), "vendor:note");
     EXPECT_EQ(tree->topLevelItem(0)->font(0).weight(), QFont::Bold);
 }
+
+TEST_F(MainWindowRefresh, GroupRulesApplyOnlyWhereTheGroupIsOn)
+{
+    MainWindow& w = makeWindow();
+    w.openDataset(
+        writeColumns("one.vqd", { { "area_um", { 10, 20, 30, 40 } }, { "deform", { 0.1, 0.2, 0.3, 0.4 } } }));
+    w.openDataset(
+        writeColumns("two.vqd", { { "area_um", { 10, 20, 30, 40 } }, { "deform", { 0.1, 0.2, 0.3, 0.4 } } }));
+    ASSERT_TRUE(waitUntilIdle());
+    DatasetEntry* one = w.datasets()[0];
+    DatasetEntry* two = w.datasets()[1];
+    FilterRule own;
+    own.featureName = "area_um";
+    own.minValue = 15;
+    own.maxValue = 100;
+    two->filter.addRule(own);
+
+    const int group = w.addFilterGroup("");
+    EXPECT_EQ(w.findFilterGroupById(group)->name, "Filter group 1");
+    EXPECT_FALSE(w.isGroupEnabled(two, group));
+    FilterRule shared;
+    shared.featureName = "deform";
+    shared.maxValue = 0.35;
+    shared.propagationId = "p";
+    w.addRuleToGroup(group, shared);
+    EXPECT_TRUE(w.findFilterGroupById(group)->rules[0].propagationId.empty());
+
+    w.setGroupEnabled(two->id, group, true);
+    // The dataset's own rules come first, then the group's; its own switch and mode apply.
+    const EventFilter effective = w.buildEffectiveFilter(two);
+    ASSERT_EQ(effective.ruleCount(), 2);
+    EXPECT_EQ(effective.rules()[0].featureName, "area_um");
+    EXPECT_EQ(effective.rules()[1].featureName, "deform");
+    EXPECT_EQ(w.buildEffectiveFilter(one).ruleCount(), 0);
+    EXPECT_EQ(w.buildEffectiveFilter(nullptr).ruleCount(), 0);
+    // The active dataset is the second: events 1 and 2 pass both rules.
+    EXPECT_EQ(w.plottedEvents(), (std::vector<int> { 1, 2 }));
+    EXPECT_EQ(status(), "Loaded: S (2/4 events shown (50.0% pass filter))");
+}
