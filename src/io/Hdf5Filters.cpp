@@ -1,6 +1,7 @@
 #include "io/Hdf5Filters.h"
 
 #include "io/Hdf5Mutex.h"
+#include "io/ReadLimits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -76,6 +77,11 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
         if (in.pos == in.size && status == 0)
             break; // every frame of the input is complete
         if (out.pos == out.size) {
+            // A small frame can claim to decode to any size; the output stops at what one read may take.
+            if (2 * capacity > readMemoryLimit()) {
+                failed = true;
+                break;
+            }
             void* grown = H5resize_memory(output, 2 * capacity);
             if (!grown) {
                 failed = true;
@@ -104,6 +110,9 @@ std::size_t decompress(std::size_t byteCount, std::size_t* bufferSize, void** bu
         return 0;
     if (contentSize == ZSTD_CONTENTSIZE_UNKNOWN)
         return decompressStream(byteCount, bufferSize, buffer);
+    // The recorded size comes from the file: a few bytes may claim any size.
+    if (contentSize > readMemoryLimit())
+        return 0;
     // An empty chunk still needs a valid buffer.
     const std::size_t capacity = std::max<std::size_t>(static_cast<std::size_t>(contentSize), 1);
     void* output = allocate(capacity);

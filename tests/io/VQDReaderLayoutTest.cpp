@@ -10,7 +10,6 @@
 using namespace Tessaly;
 using namespace Tessaly::Testing;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
@@ -121,30 +120,6 @@ TEST_F(VQDReaderLayout, EventCountIsTheLengthOfTheFirstFeatureInBytewiseNameOrde
     // Every column keeps its own length.
     EXPECT_EQ(reader.getFeature("a").size(), 3u);
     EXPECT_EQ(reader.getFeature("b").size(), 5u);
-}
-
-TEST_F(VQDReaderLayout, BrokenLinkStopsTheListingWithThePartListKept)
-{
-    const std::string path = pathFor("dangling.vqd");
-    FixtureWriter(path)
-        .column<float>("c_late", { 1, 2, 3 })
-        .column<float>("a_first", { 1, 2 })
-        .softLink("events/b_broken", "/nowhere")
-        .trace<float>("fl1_median", { { 1, 2, 3 } })
-        .softLink("events/trace/fl2_raw", "/nowhere")
-        .trace<float>("fl3_raw", { { 1, 2, 3 } });
-
-    VQDReader reader;
-    testing::internal::CaptureStderr();
-    ASSERT_TRUE(reader.open(path));
-    const std::string output = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(output, StartsWith("Error caching features: "));
-    EXPECT_THAT(output, HasSubstr("\nError caching trace info: "));
-    EXPECT_THAT(reader.featureNames(), ElementsAre("a_first"));
-    EXPECT_EQ(reader.eventCount(), 2u);
-    EXPECT_THAT(reader.traceNames(), ElementsAre("fl1_median"));
-    EXPECT_TRUE(reader.hasTraces());
-    EXPECT_EQ(reader.traceLength(), 3u);
 }
 
 TEST_F(VQDReaderLayout, TracesAreDatasetsWhoseNameHoldsMedianOrRaw)
