@@ -3,6 +3,7 @@
 
 #include <QCryptographicHash>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <fstream>
@@ -40,8 +41,12 @@ TEST_F(VQDReaderLayout, MissingAndNonHdf5FilesFailToOpenWithOneLineAndNoExceptio
 {
     const std::string garbage = pathFor("garbage.vqd");
     std::ofstream(garbage) << "this is not an HDF5 file\n";
+    const std::string empty = pathFor("empty.vqd");
+    std::ofstream(empty).close();
+    const std::string folder = pathFor("folder.vqd");
+    ASSERT_TRUE(QDir().mkpath(QString::fromStdString(folder)));
 
-    for (const std::string& path : { pathFor("missing.vqd"), garbage }) {
+    for (const std::string& path : { pathFor("missing.vqd"), garbage, empty, folder }) {
         VQDReader reader;
         testing::internal::CaptureStderr();
         EXPECT_FALSE(reader.open(path)) << path;

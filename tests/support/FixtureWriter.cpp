@@ -115,12 +115,15 @@ template <> const H5::PredType& FixtureWriter::nativeType<double>()
     return H5::PredType::NATIVE_DOUBLE;
 }
 
-FixtureWriter::FixtureWriter(const std::string& path)
+FixtureWriter::FixtureWriter(const std::string& path, FileFormat format)
 {
     // Outside the lock: the one-time registration takes it itself.
     registerHdf5Filters();
     Lock lock(hdf5Mutex());
-    m_file = std::make_unique<H5::H5File>(path, H5F_ACC_TRUNC);
+    H5::FileAccPropList access;
+    if (format == FileFormat::Latest)
+        access.setLibverBounds(H5F_LIBVER_LATEST, H5F_LIBVER_LATEST);
+    m_file = std::make_unique<H5::H5File>(path, H5F_ACC_TRUNC, H5::FileCreatPropList::DEFAULT, access);
 }
 
 FixtureWriter::~FixtureWriter()

@@ -39,6 +39,11 @@ struct Storage
 // How a text attribute is stored: variable-length, or fixed-length with one of the three paddings.
 enum class StringStorage { Variable, NullTerminated, NullPadded, SpacePadded };
 
+// Which versions of the file format's structures the library writes: the oldest that can hold the
+// contents (as most writers do), or the newest (other superblock, object headers with checksums, groups
+// and attributes in compact or dense storage).
+enum class FileFormat { Earliest, Latest };
+
 // Builds measurement files (or any HDF5 file) for tests, benchmarks and example data.
 //
 //     FixtureWriter(path)
@@ -58,7 +63,7 @@ enum class StringStorage { Variable, NullTerminated, NullPadded, SpacePadded };
 class FixtureWriter
 {
 public:
-    explicit FixtureWriter(const std::string& path);
+    explicit FixtureWriter(const std::string& path, FileFormat format = FileFormat::Earliest);
     ~FixtureWriter();
     FixtureWriter(const FixtureWriter&) = delete;
     FixtureWriter& operator=(const FixtureWriter&) = delete;
