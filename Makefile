@@ -53,18 +53,14 @@ dev-deps:
 
 # The reader's libFuzzer target, built with clang, AddressSanitizer and UndefinedBehaviorSanitizer in
 # its own folder, run for FUZZ_SECONDS on seeds written afresh and the corpus it kept from earlier runs.
-# Inputs that crash it land in $(FUZZ_DIR)/findings/.
+# Inputs that crash it land in $(FUZZ_DIR)/findings/; see fuzz/run-fuzzer.sh for how they are judged.
 fuzz: deps dev-deps
 	@cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 		-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DTESSALY_BUILD_TESTS=OFF \
 		-DTESSALY_BUILD_BENCH=OFF -DTESSALY_BUILD_FUZZ=ON -DTESSALY_SANITIZERS=address,undefined >/dev/null
 	@cmake --build $(FUZZ_DIR) -j $(JOBS) --target tessaly_reader_fuzzer tessaly-fuzz-seeds
 	@rm -rf $(FUZZ_DIR)/seeds && $(FUZZ_DIR)/fuzz/tessaly-fuzz-seeds $(FUZZ_DIR)/seeds
-	@mkdir -p $(FUZZ_DIR)/corpus $(FUZZ_DIR)/findings
-	@cd $(FUZZ_DIR) && LSAN_OPTIONS=suppressions=$(CURDIR)/sanitizers/lsan.supp \
-		./fuzz/tessaly_reader_fuzzer -max_total_time=$(FUZZ_SECONDS) -timeout=30 \
-		-rss_limit_mb=2048 -print_final_stats=1 -dict=$(CURDIR)/fuzz/vqd.dict \
-		-artifact_prefix=findings/ corpus seeds
+	@bash fuzz/run-fuzzer.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
 
 # The test suite under AddressSanitizer and UndefinedBehaviorSanitizer (all tests), then under
 # ThreadSanitizer (TSAN_TESTS), each in its own build folder.

@@ -24,6 +24,9 @@ const char* const systemPluginFolder = "/usr/lib/aarch64-linux-gnu/hdf5/serial/p
 const char* const systemPluginFolder = nullptr;
 #endif
 
+// Bytes of a whole chunk of the dataset that this thread reads; 0 when not known.
+thread_local std::size_t expectedChunkBytes = 0;
+
 // Buffers handed back to HDF5 are released by the library, so they come from its allocator.
 void* allocate(std::size_t size)
 {
@@ -55,6 +58,21 @@ std::size_t compress(const unsigned int cdValues[], std::size_t cdCount, std::si
     return replaceBuffer(output, capacity, size, bufferSize, buffer);
 }
 
+// The library takes a decoded buffer for a whole chunk, whatever the frame held: a frame that
+// decodes to fewer bytes than the chunk has would leave it reading past the end. The output is
+// therefore never smaller than the buffer handed in, which the library sizes for a whole chunk, and
+// the bytes that nothing was decoded into are zero.
+std::size_t replaceDecoded(
+    void* output, std::size_t capacity, std::size_t used, std::size_t* bufferSize, void** buffer)
+{
+    if (expectedChunkBytes > 0 && used < expectedChunkBytes) {
+        H5free_memory(output);
+        return 0;
+    }
+    std::memset(static_cast<char*>(output) + used, 0, capacity - used);
+    return replaceBuffer(output, capacity, used, bufferSize, buffer);
+}
+
 // Frames written by a streaming compressor don't record their content size; the output then grows
 // as the stream is decoded.
 std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, void** buffer)
@@ -62,7 +80,7 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
     ZSTD_DStream* stream = ZSTD_createDStream();
     if (!stream)
         return 0;
-    std::size_t capacity = std::max<std::size_t>(ZSTD_DStreamOutSize(), 2 * byteCount);
+    std::size_t capacity = std::max({ ZSTD_DStreamOutSize(), 2 * byteCount, *bufferSize });
     void* output = allocate(capacity);
     ZSTD_inBuffer in { *buffer, byteCount, 0 };
     ZSTD_outBuffer out { output, capacity, 0 };
@@ -100,7 +118,7 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
         H5free_memory(output);
         return 0;
     }
-    return replaceBuffer(output, capacity, out.pos, bufferSize, buffer);
+    return replaceDecoded(output, capacity, out.pos, bufferSize, buffer);
 }
 
 std::size_t decompress(std::size_t byteCount, std::size_t* bufferSize, void** buffer)
@@ -114,13 +132,14 @@ std::size_t decompress(std::size_t byteCount, std::size_t* bufferSize, void** bu
     if (contentSize > readMemoryLimit())
         return 0;
     // An empty chunk still needs a valid buffer.
-    const std::size_t capacity = std::max<std::size_t>(static_cast<std::size_t>(contentSize), 1);
+    const std::size_t capacity
+        = std::max<std::size_t>({ static_cast<std::size_t>(contentSize), *bufferSize, 1 });
     void* output = allocate(capacity);
     if (!output)
         return 0;
     const std::size_t size = ZSTD_decompress(output, capacity, *buffer, byteCount);
     if (!ZSTD_isError(size))
-        return replaceBuffer(output, capacity, size, bufferSize, buffer);
+        return replaceDecoded(output, capacity, size, bufferSize, buffer);
     H5free_memory(output);
     // The size recorded is that of the first frame only; more frames may follow it.
     return decompressStream(byteCount, bufferSize, buffer);
@@ -164,6 +183,17 @@ const H5Z_class2_t zstdFilterClass = {
 };
 
 } // namespace
+
+ExpectedChunkSize::ExpectedChunkSize(std::size_t bytes)
+    : m_previous(expectedChunkBytes)
+{
+    expectedChunkBytes = bytes;
+}
+
+ExpectedChunkSize::~ExpectedChunkSize()
+{
+    expectedChunkBytes = m_previous;
+}
 
 bool addHdf5PluginFolder(const std::string& folder)
 {

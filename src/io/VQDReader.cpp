@@ -182,6 +182,7 @@ std::vector<double> readColumn(const H5::DataSet& dataset)
     refuseOversizedRead(
         dataset, std::to_string(length) + " values", saturatingProduct(length, 8 + storedBytes));
     const std::size_t n = static_cast<std::size_t>(length);
+    const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
     // A column is rank 1. Reading a dataset of higher rank whole would not fit the column (and for
     // images would load every frame), so such a dataset stays zeros.
     if (n == 0 || dims.size() != 1)
@@ -647,6 +648,7 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         const hsize_t frame[2] = { rows, columns };
         const H5::DataSpace memorySpace(2, frame);
         std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows * columns));
+        const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         dataset.read(pixels.data(), H5::PredType::NATIVE_UINT8, memorySpace, fileSpace);
         // The sizes are given out only with the pixels, so that a failed read leaves them as they were.
         if (width)
@@ -708,6 +710,7 @@ std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size
         fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
         const H5::DataSpace memorySpace(1, &samples);
         std::vector<float> trace(static_cast<std::size_t>(samples), 0.0f);
+        const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         if (dataset.getTypeClass() == H5T_INTEGER && dataset.getDataType().getSize() == 2) {
             std::vector<std::int16_t> buffer(trace.size());
             dataset.read(buffer.data(), H5::PredType::NATIVE_INT16, memorySpace, fileSpace);
