@@ -35,7 +35,7 @@ grep -E '^#[0-9]+: cov' fuzz.log | tail -1 || true
 # The first frame of a report that is neither the sanitizer's or fuzzer's machinery, nor the C or
 # C++ runtime: the code in which the fault happened.
 fault_frame() {
-  grep -E '^ +#[0-9]+ ' | grep -vE '__sanitizer|__asan|__interceptor|__lsan|__ubsan|fuzzer::|libc\.so|libstdc\+\+| in (malloc|calloc|realloc|free|memcpy|memmove|memset|strlen|operator new|operator delete)' \
+  grep -E '^ +#[0-9]+ ' | grep -vE '__sanitizer|__asan|__interceptor|/sysdeps/|__mem(cpy|move|set)_|__lsan|__ubsan|fuzzer::|libc\.so|libstdc\+\+| in (malloc|calloc|realloc|free|memcpy|memmove|memset|strlen|operator new|operator delete)' \
     | head -1 || true
 }
 
@@ -46,7 +46,7 @@ for finding in findings/*; do
   name=$(basename "$finding")
   report=$("$fuzzer" -runs=1 -timeout=20 -rss_limit_mb=2048 "$finding" 2>&1 || true)
   frame=$(printf '%s\n' "$report" | fault_frame)
-  kind=$(printf '%s\n' "$report" | grep -oE 'ERROR: [A-Za-z]+: [a-z-]+|SUMMARY: [A-Za-z]+: [a-z-]+' | head -1 || true)
+  kind=$(printf '%s\n' "$report" | grep -oE 'ERROR: [A-Za-z]+: [A-Za-z-]+|SUMMARY: [A-Za-z]+: [A-Za-z-]+' | head -1 || true)
   if [ -z "$kind" ] && grep -qx "$name" "$before"; then
     echo "fixed: $build/findings/$name no longer fails; remove it once it has its regression test"
     continue
