@@ -144,16 +144,17 @@ std::optional<H5::DataSet> listedDataset(
         object = H5Oopen(group.getId(), name.c_str(), H5P_DEFAULT);
     }
     H5E_END_TRY;
-    if (object < 0) {
-        if (linkType(group, name) == H5L_TYPE_HARD)
-            return group.openDataSet(name);
+    if (object < 0 && linkType(group, name) != H5L_TYPE_HARD) {
         reportError("Skipping '" + path + "': ", "the link leads to no object");
         return std::nullopt;
     }
-    const bool isDataset = H5Iget_type(object) == H5I_DATASET;
-    H5Oclose(object);
-    if (!isDataset)
-        return std::nullopt;
+    if (object >= 0) {
+        const bool isDataset = H5Iget_type(object) == H5I_DATASET;
+        H5Oclose(object);
+        if (!isDataset)
+            return std::nullopt;
+    }
+    // For a hard link that failed above, this throws the library's own detail.
     H5::DataSet dataset = group.openDataSet(name);
     if (const std::optional<std::string> refusal = storageRefusal(dataset)) {
         reportError("Skipping '" + path + "': ", *refusal);
