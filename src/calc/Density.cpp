@@ -213,8 +213,18 @@ OffsetPoints offsetPoints(const std::vector<double>& x, const std::vector<double
 
 // The binning loops divide several offsets per instruction; where the processor has AVX2 a second
 // build of them divides four at once. Division, comparison and truncation round alike in both,
-// so the bins are the same.
-#if defined(__x86_64__) && defined(__linux__) && (defined(__GNUC__) || defined(__clang__))
+// so the bins are the same. The resolver that picks a build runs while the program is being loaded,
+// before a ThreadSanitizer runtime can take the calls its instrumentation makes, so a build under
+// ThreadSanitizer keeps one build of the loops.
+#if defined(__SANITIZE_THREAD__)
+#define TESSALY_THREAD_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define TESSALY_THREAD_SANITIZER
+#endif
+#endif
+#if defined(__x86_64__) && defined(__linux__) && (defined(__GNUC__) || defined(__clang__))                   \
+    && !defined(TESSALY_THREAD_SANITIZER)
 #define TESSALY_WIDE_VECTOR_CLONES __attribute__((target_clones("avx2", "default")))
 #else
 #define TESSALY_WIDE_VECTOR_CLONES

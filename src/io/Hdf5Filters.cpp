@@ -1,6 +1,7 @@
 #include "io/Hdf5Filters.h"
 
 #include "io/Hdf5Mutex.h"
+#include "io/ReadLimits.h"
 
 #include <algorithm>
 #include <cstring>
@@ -22,6 +23,9 @@ const char* const systemPluginFolder = "/usr/lib/aarch64-linux-gnu/hdf5/serial/p
 #else
 const char* const systemPluginFolder = nullptr;
 #endif
+
+// Bytes of a whole chunk of the dataset that this thread reads; 0 when not known.
+thread_local std::size_t expectedChunkBytes = 0;
 
 // Buffers handed back to HDF5 are released by the library, so they come from its allocator.
 void* allocate(std::size_t size)
@@ -54,6 +58,21 @@ std::size_t compress(const unsigned int cdValues[], std::size_t cdCount, std::si
     return replaceBuffer(output, capacity, size, bufferSize, buffer);
 }
 
+// The library takes a decoded buffer for a whole chunk, whatever the frame held: a frame that
+// decodes to fewer bytes than the chunk has would leave it reading past the end. The output is
+// therefore never smaller than the buffer handed in, which the library sizes for a whole chunk, and
+// the bytes that nothing was decoded into are zero.
+std::size_t replaceDecoded(
+    void* output, std::size_t capacity, std::size_t used, std::size_t* bufferSize, void** buffer)
+{
+    if (expectedChunkBytes > 0 && used < expectedChunkBytes) {
+        H5free_memory(output);
+        return 0;
+    }
+    std::memset(static_cast<char*>(output) + used, 0, capacity - used);
+    return replaceBuffer(output, capacity, used, bufferSize, buffer);
+}
+
 // Frames written by a streaming compressor don't record their content size; the output then grows
 // as the stream is decoded.
 std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, void** buffer)
@@ -61,7 +80,7 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
     ZSTD_DStream* stream = ZSTD_createDStream();
     if (!stream)
         return 0;
-    std::size_t capacity = std::max<std::size_t>(ZSTD_DStreamOutSize(), 2 * byteCount);
+    std::size_t capacity = std::max({ ZSTD_DStreamOutSize(), 2 * byteCount, *bufferSize });
     void* output = allocate(capacity);
     ZSTD_inBuffer in { *buffer, byteCount, 0 };
     ZSTD_outBuffer out { output, capacity, 0 };
@@ -76,6 +95,11 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
         if (in.pos == in.size && status == 0)
             break; // every frame of the input is complete
         if (out.pos == out.size) {
+            // A small frame can claim to decode to any size; the output stops at what one read may take.
+            if (2 * capacity > readMemoryLimit()) {
+                failed = true;
+                break;
+            }
             void* grown = H5resize_memory(output, 2 * capacity);
             if (!grown) {
                 failed = true;
@@ -94,7 +118,7 @@ std::size_t decompressStream(std::size_t byteCount, std::size_t* bufferSize, voi
         H5free_memory(output);
         return 0;
     }
-    return replaceBuffer(output, capacity, out.pos, bufferSize, buffer);
+    return replaceDecoded(output, capacity, out.pos, bufferSize, buffer);
 }
 
 std::size_t decompress(std::size_t byteCount, std::size_t* bufferSize, void** buffer)
@@ -104,14 +128,18 @@ std::size_t decompress(std::size_t byteCount, std::size_t* bufferSize, void** bu
         return 0;
     if (contentSize == ZSTD_CONTENTSIZE_UNKNOWN)
         return decompressStream(byteCount, bufferSize, buffer);
+    // The recorded size comes from the file: a few bytes may claim any size.
+    if (contentSize > readMemoryLimit())
+        return 0;
     // An empty chunk still needs a valid buffer.
-    const std::size_t capacity = std::max<std::size_t>(static_cast<std::size_t>(contentSize), 1);
+    const std::size_t capacity
+        = std::max<std::size_t>({ static_cast<std::size_t>(contentSize), *bufferSize, 1 });
     void* output = allocate(capacity);
     if (!output)
         return 0;
     const std::size_t size = ZSTD_decompress(output, capacity, *buffer, byteCount);
     if (!ZSTD_isError(size))
-        return replaceBuffer(output, capacity, size, bufferSize, buffer);
+        return replaceDecoded(output, capacity, size, bufferSize, buffer);
     H5free_memory(output);
     // The size recorded is that of the first frame only; more frames may follow it.
     return decompressStream(byteCount, bufferSize, buffer);
@@ -155,6 +183,17 @@ const H5Z_class2_t zstdFilterClass = {
 };
 
 } // namespace
+
+ExpectedChunkSize::ExpectedChunkSize(std::size_t bytes)
+    : m_previous(expectedChunkBytes)
+{
+    expectedChunkBytes = bytes;
+}
+
+ExpectedChunkSize::~ExpectedChunkSize()
+{
+    expectedChunkBytes = m_previous;
+}
 
 bool addHdf5PluginFolder(const std::string& folder)
 {

@@ -17,6 +17,22 @@ void registerHdf5Filters();
 // when the folder doesn't exist or the library refuses it.
 bool addHdf5PluginFolder(const std::string& folder);
 
+// While it lives, decoded Zstandard chunks on this thread must hold `bytes`, the size of one chunk
+// of the dataset being read: the library takes every decoded buffer for a whole chunk, so a chunk
+// that decodes to less is damaged and fails instead of letting the library read past its end.
+// Without such a scope a short chunk is padded with zeros up to the size of the encoded buffer.
+class ExpectedChunkSize
+{
+public:
+    explicit ExpectedChunkSize(std::size_t bytes);
+    ~ExpectedChunkSize();
+    ExpectedChunkSize(const ExpectedChunkSize&) = delete;
+    ExpectedChunkSize& operator=(const ExpectedChunkSize&) = delete;
+
+private:
+    std::size_t m_previous;
+};
+
 // The filter callback itself, in the signature HDF5 expects. Encoding takes the compression level
 // from cdValues[0] when given. Decoding accepts frames with or without a recorded content size.
 // Returns the number of valid bytes in *buffer, or 0 on failure (the buffer is then unchanged).

@@ -3,6 +3,7 @@
 #include "core/FeatureCatalogue.h"
 #include "io/Hdf5Filters.h"
 #include "io/Hdf5Mutex.h"
+#include "io/ReadLimits.h"
 
 #include <H5Cpp.h>
 #include <algorithm>
@@ -71,6 +72,97 @@ std::vector<hsize_t> extentOf(const H5::DataSpace& space)
     return dims;
 }
 
+// Virtual datasets take their values from other datasets, which may be themselves: the library
+// follows such a mapping until its stack overflows. External storage reads raw bytes from whatever
+// files the dataset names. Neither is read. The layout is checked before even the extent is asked,
+// because asking the extent of an unlimited virtual dataset already resolves its sources.
+std::optional<std::string> storageRefusal(const H5::DataSet& dataset)
+{
+    const H5::DSetCreatPropList properties = dataset.getCreatePlist();
+    if (properties.getLayout() == H5D_VIRTUAL)
+        return std::string("virtual datasets are not read");
+    if (properties.getExternalCount() > 0)
+        return std::string("datasets with external storage are not read");
+    return std::nullopt;
+}
+
+void refuseForeignStorage(const H5::DataSet& dataset)
+{
+    if (const std::optional<std::string> refusal = storageRefusal(dataset))
+        throw std::runtime_error(*refusal);
+}
+
+// Bytes of one chunk, which the library holds (and decodes) while it reads; 0 when not chunked.
+std::uint64_t chunkBytes(const H5::DataSet& dataset)
+{
+    const H5::DSetCreatPropList properties = dataset.getCreatePlist();
+    if (properties.getLayout() != H5D_CHUNKED)
+        return 0;
+    hsize_t chunk[H5S_MAX_RANK];
+    const int rank = properties.getChunk(H5S_MAX_RANK, chunk);
+    std::uint64_t bytes = dataset.getDataType().getSize();
+    for (int i = 0; i < rank; ++i)
+        bytes = saturatingProduct(bytes, chunk[i]);
+    return bytes;
+}
+
+// Refuses a read whose buffers, with one chunk of the dataset, would not fit in memory; the sizes
+// come from the file and are checked before anything is allocated.
+void refuseOversizedRead(const H5::DataSet& dataset, const std::string& what, std::uint64_t bufferBytes)
+{
+    const std::uint64_t chunk = chunkBytes(dataset);
+    const std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+    const std::uint64_t total = bufferBytes > most - chunk ? most : bufferBytes + chunk;
+    if (const std::optional<std::string> refusal = memoryRefusal(what, total))
+        throw std::runtime_error(*refusal);
+}
+
+H5L_type_t linkType(const H5::Group& group, const std::string& name)
+{
+    H5L_info_t info;
+    herr_t status = -1;
+    H5E_BEGIN_TRY
+    {
+        status = H5Lget_info(group.getId(), name.c_str(), &info, H5P_DEFAULT);
+    }
+    H5E_END_TRY;
+    return status < 0 ? H5L_TYPE_ERROR : info.type;
+}
+
+// The dataset that the link `name` of `group` leads to, for listing. Nothing when it leads to another
+// kind of object; nothing, with a line on the standard error stream, when it is a soft or external
+// link that leads nowhere (a missing target, another file that isn't there, a cycle of links) or a
+// dataset whose storage is not read. A hard link always leads somewhere: when its object can't be
+// opened the file is damaged, and the library's exception goes to the caller.
+std::optional<H5::DataSet> listedDataset(
+    const H5::Group& group, const std::string& groupPath, const std::string& name)
+{
+    const std::string path = '/' + groupPath + '/' + name;
+    hid_t object = -1;
+    H5E_BEGIN_TRY
+    {
+        object = H5Oopen(group.getId(), name.c_str(), H5P_DEFAULT);
+    }
+    H5E_END_TRY;
+    if (object < 0 && linkType(group, name) != H5L_TYPE_HARD) {
+        reportError("Skipping '" + path + "': ", "the link leads to no object");
+        return std::nullopt;
+    }
+    if (object >= 0) {
+        const bool isDataset = H5Iget_type(object) == H5I_DATASET;
+        H5Oclose(object);
+        if (!isDataset)
+            return std::nullopt;
+    }
+    // For a hard link that failed above, this throws the library's own detail.
+    H5::DataSet dataset = group.openDataSet(name);
+    if (const std::optional<std::string> refusal = storageRefusal(dataset)) {
+        reportError("Skipping '" + path + "': ", *refusal);
+        return std::nullopt;
+    }
+    return dataset;
+}
+
 template <typename Stored>
 std::vector<double> readWidened(const H5::DataSet& dataset, const H5::PredType& memoryType, std::size_t n)
 {
@@ -83,8 +175,15 @@ std::vector<double> readWidened(const H5::DataSet& dataset, const H5::PredType& 
 // conversion rule give zeros of that length.
 std::vector<double> readColumn(const H5::DataSet& dataset)
 {
+    refuseForeignStorage(dataset);
     const std::vector<hsize_t> dims = extentOf(dataset.getSpace());
-    const std::size_t n = dims.empty() ? 0 : static_cast<std::size_t>(dims[0]);
+    const hsize_t length = dims.empty() ? 0 : dims[0];
+    // The column of doubles and, for narrower or integer types, a buffer of the stored values.
+    const std::uint64_t storedBytes = std::min<std::uint64_t>(dataset.getDataType().getSize(), 8);
+    refuseOversizedRead(
+        dataset, std::to_string(length) + " values", saturatingProduct(length, 8 + storedBytes));
+    const std::size_t n = static_cast<std::size_t>(length);
+    const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
     // A column is rank 1. Reading a dataset of higher rank whole would not fit the column (and for
     // images would load every frame), so such a dataset stays zeros.
     if (n == 0 || dims.size() != 1)
@@ -180,6 +279,9 @@ std::string readStringAttribute(const H5::Attribute& attribute)
     }
     // Fixed-length text comes in the attribute's own type, padding included; other writers use
     // null padding or space padding without a terminating null.
+    if (const std::optional<std::string> refusal
+        = memoryRefusal("a text of " + std::to_string(type.getSize()) + " bytes", type.getSize()))
+        throw std::runtime_error(*refusal);
     std::string buffer(type.getSize(), '\0');
     attribute.read(type, buffer.data());
     return stripPadding(std::move(buffer), type.getStrpad());
@@ -215,6 +317,10 @@ std::optional<std::string> readScalarAttribute(const H5::Attribute& attribute, H
 std::string readPointsAttribute(
     const H5::Attribute& attribute, const std::string& name, hsize_t rows, VQDMetadata& metadata)
 {
+    // The values, the vertices as doubles and their text of about 30 characters each.
+    if (const std::optional<std::string> refusal = memoryRefusal(std::to_string(rows) + " points",
+            saturatingProduct(rows, 2 * sizeof(float) + 2 * sizeof(double) + 32)))
+        throw std::runtime_error(*refusal);
     std::vector<float> values(static_cast<std::size_t>(rows) * 2);
     if (!values.empty())
         attribute.read(H5::PredType::NATIVE_FLOAT, values.data());
@@ -347,11 +453,11 @@ void VQDReader::listFeatures()
         const hsize_t count = events.getNumObjs();
         for (hsize_t i = 0; i < count; ++i) {
             const std::string name = events.getObjnameByIdx(i);
-            if (events.childObjType(i) != H5O_TYPE_DATASET)
+            const std::optional<H5::DataSet> dataset = listedDataset(events, eventsGroup, name);
+            if (!dataset)
                 continue;
-            const H5::DataSet dataset = events.openDataSet(name);
             // Images and masks are listed whatever their rank; other features are columns.
-            if (dataset.getSpace().getSimpleExtentNdims() == 1 || name == "image" || name == "mask") {
+            if (dataset->getSpace().getSimpleExtentNdims() == 1 || name == "image" || name == "mask") {
                 m_featureNames.push_back(name);
                 m_featureNameSet.insert(name);
             }
@@ -383,13 +489,14 @@ void VQDReader::listTraces()
         const hsize_t count = traces.getNumObjs();
         for (hsize_t i = 0; i < count; ++i) {
             const std::string name = traces.getObjnameByIdx(i);
-            if (traces.childObjType(i) != H5O_TYPE_DATASET)
-                continue;
             if (name.find("_median") == std::string::npos && name.find("_raw") == std::string::npos)
+                continue;
+            const std::optional<H5::DataSet> dataset = listedDataset(traces, traceGroup, name);
+            if (!dataset)
                 continue;
             m_traceNames.push_back(name);
             if (m_traceLength == 0) {
-                const std::vector<hsize_t> dims = extentOf(traces.openDataSet(name).getSpace());
+                const std::vector<hsize_t> dims = extentOf(dataset->getSpace());
                 if (dims.size() >= 2)
                     m_traceLength = dims[1];
             }
@@ -517,6 +624,7 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         = std::string("Error reading ") + what + " at index " + std::to_string(index) + ": ";
     try {
         const H5::DataSet dataset = m_file->openDataSet(path);
+        refuseForeignStorage(dataset);
         H5::DataSpace fileSpace = dataset.getSpace();
         const std::vector<hsize_t> dims = extentOf(fileSpace);
         if (dims.size() != 3)
@@ -528,10 +636,12 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         const hsize_t columns = dims[2];
         if (rows == 0 || columns == 0)
             return {};
-        if (rows > static_cast<hsize_t>(std::numeric_limits<int>::max())
-            || columns > static_cast<hsize_t>(std::numeric_limits<int>::max()))
-            throw std::runtime_error("frame of " + std::to_string(rows) + " x " + std::to_string(columns)
-                + " pixels is too large");
+        if (rows > maxFrameSide || columns > maxFrameSide)
+            throw std::runtime_error("a frame of " + std::to_string(rows) + " x " + std::to_string(columns)
+                + " pixels is larger than " + std::to_string(maxFrameSide) + " pixels a side");
+        refuseOversizedRead(dataset,
+            "a frame of " + std::to_string(rows) + " x " + std::to_string(columns) + " pixels",
+            rows * columns);
 
         const hsize_t start[3] = { index, 0, 0 };
         const hsize_t count[3] = { 1, rows, columns };
@@ -539,6 +649,7 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         const hsize_t frame[2] = { rows, columns };
         const H5::DataSpace memorySpace(2, frame);
         std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows * columns));
+        const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         dataset.read(pixels.data(), H5::PredType::NATIVE_UINT8, memorySpace, fileSpace);
         // The sizes are given out only with the pixels, so that a failed read leaves them as they were.
         if (width)
@@ -583,6 +694,7 @@ std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size
         return {};
     try {
         const H5::DataSet dataset = m_file->openDataSet(std::string(traceGroup) + '/' + name);
+        refuseForeignStorage(dataset);
         H5::DataSpace fileSpace = dataset.getSpace();
         const std::vector<hsize_t> dims = extentOf(fileSpace);
         if (dims.size() != 2)
@@ -591,11 +703,15 @@ std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size
             return {};
 
         const hsize_t samples = dims[1];
+        // The trace as floats and, for two-byte integers, the buffer they are read into.
+        refuseOversizedRead(dataset, "a trace of " + std::to_string(samples) + " samples",
+            saturatingProduct(samples, sizeof(float) + sizeof(std::int16_t)));
         const hsize_t start[2] = { index, 0 };
         const hsize_t count[2] = { 1, samples };
         fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
         const H5::DataSpace memorySpace(1, &samples);
         std::vector<float> trace(static_cast<std::size_t>(samples), 0.0f);
+        const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         if (dataset.getTypeClass() == H5T_INTEGER && dataset.getDataType().getSize() == 2) {
             std::vector<std::int16_t> buffer(trace.size());
             dataset.read(buffer.data(), H5::PredType::NATIVE_INT16, memorySpace, fileSpace);

@@ -1,6 +1,7 @@
 #include "io/Hdf5Filters.h"
 
 #include "IoTestBase.h"
+#include "io/ReadLimits.h"
 #include "io/VQDReader.h"
 
 #include <QDir>
@@ -148,6 +149,53 @@ TEST_F(Hdf5Filters, ZstdColumnsWrittenWithAndWithoutContentSizeRead)
     ASSERT_TRUE(reader.open(path));
     EXPECT_THAT(reader.getFeature("deform"), ElementsAreArray(expected));
     EXPECT_THAT(reader.getFeature("area_um"), ElementsAreArray(expected));
+}
+
+// A chunk whose frame decodes to fewer bytes than the chunk holds, or that claims far more than
+// memory allows, found by the fuzzer: the first made the library read past the decoded buffer.
+TEST_F(Hdf5Filters, ZstdChunksThatDecodeShortOrClaimTooMuchAreSafe)
+{
+    const std::vector<float> values { 1.5f, 2.5f, 3.5f, 4.5f };
+    const std::vector<char> head(reinterpret_cast<const char*>(values.data()),
+        reinterpret_cast<const char*>(values.data()) + sizeof(float));
+    const std::string path = pathFor("short.vqd");
+    {
+        FixtureWriter writer(path);
+        writer.dataset("events/short", H5::PredType::IEEE_F32LE, H5::PredType::NATIVE_FLOAT, { 4 }, nullptr,
+            Storage::zstd(3, 4));
+        writer.rawChunk("events/short", { 0 }, runFilter(0, head));
+        writer.dataset("events/streamed", H5::PredType::IEEE_F32LE, H5::PredType::NATIVE_FLOAT, { 4 },
+            nullptr, Storage::zstd(3, 4));
+        writer.rawChunk("events/streamed", { 0 }, streamedFrame(head));
+    }
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(path));
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(reader.getFeature("short").empty());
+    EXPECT_TRUE(reader.getFeature("streamed").empty());
+    const std::string errors = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(errors, testing::StartsWith("Error reading feature 'short': "));
+    EXPECT_THAT(errors, testing::HasSubstr("\nError reading feature 'streamed': "));
+
+    // Outside a read of the reader the chunk size is unknown: the decoded bytes are padded with
+    // zeros to at least the size of the buffer handed in.
+    std::size_t bufferSize = 64;
+    void* buffer = H5allocate_memory(bufferSize, false);
+    const std::vector<char> frame = runFilter(0, head);
+    std::memcpy(buffer, frame.data(), frame.size());
+    ASSERT_EQ(zstdFilter(H5Z_FLAG_REVERSE, 0, nullptr, frame.size(), &bufferSize, &buffer), head.size());
+    ASSERT_GE(bufferSize, 64u);
+    EXPECT_EQ(std::memcmp(buffer, head.data(), head.size()), 0);
+    EXPECT_EQ(std::vector<char>(static_cast<char*>(buffer) + head.size(), static_cast<char*>(buffer) + 64),
+        std::vector<char>(64 - head.size(), 0));
+    H5free_memory(buffer);
+
+    setReadMemoryLimit(1000);
+    std::vector<char> claim(runFilter(0, sampleBytes(2000)));
+    EXPECT_TRUE(runFilter(H5Z_FLAG_REVERSE, claim).empty()) << "2000 bytes claimed, 1000 allowed";
+    EXPECT_TRUE(runFilter(H5Z_FLAG_REVERSE, streamedFrame(sampleBytes(300000))).empty());
+    setReadMemoryLimit(0);
+    EXPECT_EQ(runFilter(H5Z_FLAG_REVERSE, claim).size(), 2000u);
 }
 
 TEST_F(Hdf5Filters, SystemPluginFiltersReadThroughTheReader)

@@ -115,12 +115,15 @@ template <> const H5::PredType& FixtureWriter::nativeType<double>()
     return H5::PredType::NATIVE_DOUBLE;
 }
 
-FixtureWriter::FixtureWriter(const std::string& path)
+FixtureWriter::FixtureWriter(const std::string& path, FileFormat format)
 {
     // Outside the lock: the one-time registration takes it itself.
     registerHdf5Filters();
     Lock lock(hdf5Mutex());
-    m_file = std::make_unique<H5::H5File>(path, H5F_ACC_TRUNC);
+    H5::FileAccPropList access;
+    if (format == FileFormat::Latest)
+        access.setLibverBounds(H5F_LIBVER_LATEST, H5F_LIBVER_LATEST);
+    m_file = std::make_unique<H5::H5File>(path, H5F_ACC_TRUNC, H5::FileCreatPropList::DEFAULT, access);
 }
 
 FixtureWriter::~FixtureWriter()
@@ -162,19 +165,89 @@ FixtureWriter& FixtureWriter::group(const std::string& path)
     return *this;
 }
 
+std::pair<H5::Group, std::string> FixtureWriter::parentOf(const std::string& path)
+{
+    const std::size_t slash = path.rfind('/');
+    H5::Group parent = ensureGroup(slash == std::string::npos ? std::string() : path.substr(0, slash));
+    return { parent, slash == std::string::npos ? path : path.substr(slash + 1) };
+}
+
 FixtureWriter& FixtureWriter::dataset(const std::string& path, const H5::DataType& fileType,
     const H5::DataType& memoryType, const std::vector<hsize_t>& dims, const void* data,
     const Storage& storage)
 {
     Lock lock(hdf5Mutex());
-    const std::size_t slash = path.rfind('/');
-    H5::Group parent = ensureGroup(slash == std::string::npos ? std::string() : path.substr(0, slash));
-    const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+    const auto [parent, name] = parentOf(path);
     H5::DataSet dataset
         = parent.createDataSet(name, fileType, spaceOf(dims), creationProperties(dims, storage));
     if (data && elementCount(dims) > 0)
         dataset.write(data, memoryType);
     return *this;
+}
+
+FixtureWriter& FixtureWriter::unwrittenDataset(const std::string& path, const H5::DataType& fileType,
+    const std::vector<hsize_t>& dims, const std::vector<hsize_t>& chunk)
+{
+    Lock lock(hdf5Mutex());
+    H5::DSetCreatPropList properties;
+    properties.setChunk(static_cast<int>(chunk.size()), chunk.data());
+    // Chunks are made on the first write, which never comes.
+    properties.setAllocTime(H5D_ALLOC_TIME_INCR);
+    const auto [parent, name] = parentOf(path);
+    parent.createDataSet(name, fileType, spaceOf(dims), properties);
+    return *this;
+}
+
+FixtureWriter& FixtureWriter::virtualDataset(const std::string& path, const H5::DataType& fileType,
+    const std::vector<hsize_t>& dims, const std::string& sourceFile, const std::string& sourcePath)
+{
+    Lock lock(hdf5Mutex());
+    const H5::DataSpace space = spaceOf(dims);
+    H5::DSetCreatPropList properties;
+    if (H5Pset_virtual(
+            properties.getId(), space.getId(), sourceFile.c_str(), sourcePath.c_str(), space.getId())
+        < 0)
+        throw H5::PropListIException("FixtureWriter::virtualDataset", "H5Pset_virtual failed");
+    const auto [parent, name] = parentOf(path);
+    parent.createDataSet(name, fileType, space, properties);
+    return *this;
+}
+
+FixtureWriter& FixtureWriter::externalDataset(const std::string& path, const H5::DataType& fileType,
+    const H5::DataType& memoryType, const std::vector<hsize_t>& dims, const std::string& externalFile,
+    const void* data)
+{
+    Lock lock(hdf5Mutex());
+    H5::DSetCreatPropList properties;
+    properties.setExternal(externalFile.c_str(), 0, elementCount(dims) * fileType.getSize());
+    const auto [parent, name] = parentOf(path);
+    H5::DataSet dataset = parent.createDataSet(name, fileType, spaceOf(dims), properties);
+    if (data && elementCount(dims) > 0)
+        dataset.write(data, memoryType);
+    return *this;
+}
+
+FixtureWriter& FixtureWriter::externalLink(
+    const std::string& path, const std::string& file, const std::string& target)
+{
+    Lock lock(hdf5Mutex());
+    const auto [parent, name] = parentOf(path);
+    if (H5Lcreate_external(
+            file.c_str(), target.c_str(), parent.getId(), name.c_str(), H5P_DEFAULT, H5P_DEFAULT)
+        < 0)
+        throw H5::LocationException("FixtureWriter::externalLink", "H5Lcreate_external failed");
+    return *this;
+}
+
+FixtureWriter& FixtureWriter::referenceAttribute(const std::string& name, const std::string& target)
+{
+    hobj_ref_t reference;
+    {
+        Lock lock(hdf5Mutex());
+        if (H5Rcreate(&reference, m_file->getId(), target.c_str(), H5R_OBJECT, -1) < 0)
+            throw H5::ReferenceException("FixtureWriter::referenceAttribute", "H5Rcreate failed");
+    }
+    return attribute(name, H5::PredType::STD_REF_OBJ, H5::PredType::STD_REF_OBJ, {}, &reference);
 }
 
 FixtureWriter& FixtureWriter::rawChunk(

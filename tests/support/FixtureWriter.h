@@ -39,6 +39,11 @@ struct Storage
 // How a text attribute is stored: variable-length, or fixed-length with one of the three paddings.
 enum class StringStorage { Variable, NullTerminated, NullPadded, SpacePadded };
 
+// Which versions of the file format's structures the library writes: the oldest that can hold the
+// contents (as most writers do), or the newest (other superblock, object headers with checksums, groups
+// and attributes in compact or dense storage).
+enum class FileFormat { Earliest, Latest };
+
 // Builds measurement files (or any HDF5 file) for tests, benchmarks and example data.
 //
 //     FixtureWriter(path)
@@ -58,7 +63,7 @@ enum class StringStorage { Variable, NullTerminated, NullPadded, SpacePadded };
 class FixtureWriter
 {
 public:
-    explicit FixtureWriter(const std::string& path);
+    explicit FixtureWriter(const std::string& path, FileFormat format = FileFormat::Earliest);
     ~FixtureWriter();
     FixtureWriter(const FixtureWriter&) = delete;
     FixtureWriter& operator=(const FixtureWriter&) = delete;
@@ -101,10 +106,25 @@ public:
     // the filters: data as other software encodes it, or broken data.
     FixtureWriter& rawChunk(
         const std::string& path, const std::vector<hsize_t>& offset, const std::vector<char>& bytes);
+    // A dataset whose chunks of shape `chunk` are never written, so that it may declare any size
+    // without taking room in the file; reading it gives the fill value.
+    FixtureWriter& unwrittenDataset(const std::string& path, const H5::DataType& fileType,
+        const std::vector<hsize_t>& dims, const std::vector<hsize_t>& chunk);
+    // A virtual dataset whose whole extent maps to the whole of the dataset `sourcePath` in
+    // `sourceFile` ("." for this file, so that a dataset can map to itself).
+    FixtureWriter& virtualDataset(const std::string& path, const H5::DataType& fileType,
+        const std::vector<hsize_t>& dims, const std::string& sourceFile, const std::string& sourcePath);
+    // A dataset whose raw values are kept in the file `externalFile` (external storage) instead of
+    // this one; `data` is written there through the library unless nullptr.
+    FixtureWriter& externalDataset(const std::string& path, const H5::DataType& fileType,
+        const H5::DataType& memoryType, const std::vector<hsize_t>& dims, const std::string& externalFile,
+        const void* data);
     // An empty group, with its parents, e.g. "events/contour".
     FixtureWriter& group(const std::string& path);
     // A soft link at `path` to `target`, which need not exist (a dangling link).
     FixtureWriter& softLink(const std::string& path, const std::string& target);
+    // An external link at `path` to the object `target` of the file `file`; neither need exist.
+    FixtureWriter& externalLink(const std::string& path, const std::string& file, const std::string& target);
 
     // Scalar attributes on the root group.
     // Fixed-length text takes `size` bytes, padding included; 0 makes it just long enough.
@@ -120,6 +140,8 @@ public:
     // A float32 array of shape (points, 2), as the instrument stores polygon gates.
     FixtureWriter& pointsAttribute(
         const std::string& name, const std::vector<std::pair<float, float>>& points);
+    // A scalar object reference to `target` (an absolute path in this file).
+    FixtureWriter& referenceAttribute(const std::string& name, const std::string& target);
     // Any attribute on the root; empty dims make it scalar.
     FixtureWriter& attribute(const std::string& name, const H5::DataType& fileType,
         const H5::DataType& memoryType, const std::vector<hsize_t>& dims, const void* data);
@@ -130,6 +152,8 @@ public:
 
 private:
     H5::Group ensureGroup(const std::string& path);
+    // The parent group of `path`, created as needed, and the last component of the path.
+    std::pair<H5::Group, std::string> parentOf(const std::string& path);
 
     std::unique_ptr<H5::H5File> m_file;
 };

@@ -1,13 +1,16 @@
 #include "MainWindowFixture.h"
-
 #include "io/Hdf5Mutex.h"
+#include "io/VQDReader.h"
 #include "support/FixtureWriter.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QListWidget>
 #include <QTest>
-
 #include <mutex>
+#include <random>
 
 using namespace Tessaly;
 using Tessaly::Testing::MainWindowFixture;
@@ -26,8 +29,9 @@ TEST_F(MainWindowOpening, PathsSortFolderByFolderIgnoringCase)
     drop({ QUrl::fromLocalFile(root) });
     ASSERT_TRUE(waitUntilIdle());
     EXPECT_TRUE(messages.empty());
-    const std::vector<std::string> expected = { (root + "/a/sub/w.vqd").toStdString(),
-        (root + "/a/x.vqd").toStdString(), (root + "/a-b/y.vqd").toStdString(), (root + "/B/z.VQD").toStdString() };
+    const std::vector<std::string> expected
+        = { (root + "/a/sub/w.vqd").toStdString(), (root + "/a/x.vqd").toStdString(),
+              (root + "/a-b/y.vqd").toStdString(), (root + "/B/z.VQD").toStdString() };
     ASSERT_EQ(datasetPaths(), expected);
     // The last file opened is the current row at the end, and the list shows every dataset.
     auto* list = w.findChild<QListWidget*>("datasetList");
@@ -65,7 +69,8 @@ TEST_F(MainWindowOpening, UnreadableAndForeignFilesAreTurnedAway)
 
     // Two foreign files: one warning for the whole run.
     messages.clear();
-    drop({ QUrl::fromLocalFile(writeForeignFile("f1.vqd")), QUrl::fromLocalFile(writeForeignFile("f2.vqd")) });
+    drop(
+        { QUrl::fromLocalFile(writeForeignFile("f1.vqd")), QUrl::fromLocalFile(writeForeignFile("f2.vqd")) });
     w.openDataset(writeForeignFile("f3.vqd"));
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].title, "Unsupported Data");
@@ -78,6 +83,83 @@ TEST_F(MainWindowOpening, UnreadableAndForeignFilesAreTurnedAway)
     w.openDataset(writeDataset("good.vqd"));
     ASSERT_TRUE(waitUntilIdle());
     EXPECT_GT(w.datasets().front()->id, 0);
+}
+
+TEST_F(MainWindowOpening, FoldersEmptyFilesAndRandomBytesGiveTheErrorBox)
+{
+    MainWindow& w = makeWindow();
+    const QString directory = folder.filePath("hostile/folder.vqd");
+    ASSERT_TRUE(QDir().mkpath(directory));
+    const QString empty = writeTextFile("hostile/empty.vqd", QByteArray());
+    QByteArray noise(64 * 1024, '\0');
+    std::mt19937 random(11);
+    for (char& c : noise)
+        c = static_cast<char>(random());
+    const QString noisy = writeTextFile("hostile/noise.vqd", noise);
+
+    const auto expectErrors = [this](const QStringList& paths) {
+        ASSERT_EQ(messages.size(), static_cast<std::size_t>(paths.size()));
+        for (int i = 0; i < paths.size(); ++i) {
+            EXPECT_EQ(messages[i].kind, MessageBoxes::Kind::Critical);
+            EXPECT_EQ(messages[i].title, "Error");
+            EXPECT_EQ(messages[i].text, "Failed to open: " + paths[i]);
+        }
+        messages.clear();
+    };
+
+    for (const QString& path : { directory, empty, noisy })
+        w.openDataset(path);
+    expectErrors({ directory, empty, noisy });
+
+    // Dropped, in path order. A dropped folder is searched for files: a folder inside it is not one,
+    // whatever its name.
+    drop({ QUrl::fromLocalFile(noisy), QUrl::fromLocalFile(empty) });
+    expectErrors({ empty, noisy });
+    drop({ QUrl::fromLocalFile(folder.filePath("hostile")) });
+    expectErrors({ empty, noisy });
+
+    EXPECT_TRUE(w.datasets().empty());
+    EXPECT_FALSE(w.isPreloadRunning());
+    // The window goes on as before.
+    w.openDataset(writeDataset("good.vqd"));
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_EQ(w.datasets().size(), 1u);
+    EXPECT_TRUE(messages.empty());
+}
+
+// The preload reads on the thread pool while the interface thread reads other datasets and opens
+// more: every one of these reads goes through the library lock, and none may see another's state.
+TEST_F(MainWindowOpening, OtherDatasetsStayReadableWhileOnePreloads)
+{
+    MainWindow& w = makeWindow();
+    const QString first = writeDataset("first.vqd", "First", 300);
+    w.openDataset(first);
+    ASSERT_TRUE(waitUntilIdle());
+    const std::vector<double> deform = w.datasets()[0]->reader->getFeature("deform");
+    ASSERT_EQ(deform.size(), 300u);
+    const QString second = writeDataset("second.vqd", "Second", 60000);
+    const QString third = writeDataset("third.vqd", "Third", 200);
+
+    w.openDataset(second);
+    w.openDataset(third);
+    auto* list = w.findChild<QListWidget*>("datasetList");
+    QElapsedTimer clock;
+    clock.start();
+    while ((w.isPreloadRunning() || w.datasets().size() < 3) && clock.elapsed() < 30000) {
+        list->setCurrentRow(0);
+        EXPECT_EQ(w.datasets()[0]->reader->getFeature("deform"), deform);
+        VQDReader separate;
+        ASSERT_TRUE(separate.open(first.toStdString()));
+        separate.readMetadata();
+        separate.cacheAllFeatures();
+        EXPECT_EQ(separate.getFeature("deform"), deform);
+        QCoreApplication::processEvents();
+    }
+    ASSERT_TRUE(waitUntilIdle());
+    ASSERT_EQ(w.datasets().size(), 3u);
+    EXPECT_EQ(w.datasets()[1]->reader->getFeature("deform").size(), 60000u);
+    EXPECT_EQ(w.datasets()[2]->reader->getFeature("deform").size(), 200u);
+    EXPECT_TRUE(messages.empty());
 }
 
 TEST_F(MainWindowOpening, NameComesFromTheMetadataOrTheFile)
