@@ -1,4 +1,5 @@
 #include "app/SafeApplication.h"
+#include "io/FileProbe.h"
 #include "io/Hdf5Filters.h"
 
 #include <H5Cpp.h>
@@ -22,6 +23,8 @@ int main(int argc, char** argv)
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, settingsFolder.path());
     H5::Exception::dontPrint();
     Tessaly::registerHdf5Filters();
+    // The program looks for its file probe beside itself; the tests name the one just built.
+    Tessaly::FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
     Tessaly::SafeApplication app(argc, argv);
     app.setOrganizationName(QStringLiteral("Tessaly"));
     app.setApplicationName(QStringLiteral("Tessaly"));

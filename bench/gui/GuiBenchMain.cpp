@@ -1,4 +1,5 @@
 #include "app/SafeApplication.h"
+#include "io/FileProbe.h"
 #include "io/Hdf5Filters.h"
 #include "ui/MessageBoxes.h"
 
@@ -15,6 +16,7 @@ int main(int argc, char** argv)
     QStandardPaths::setTestModeEnabled(true);
     H5::Exception::dontPrint();
     Tessaly::registerHdf5Filters();
+    Tessaly::FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
     Tessaly::SafeApplication app(argc, argv);
     Tessaly::MessageBoxes::setInterceptor(
         [](Tessaly::MessageBoxes::Kind, const QString&, const QString&) { return QMessageBox::Ok; });

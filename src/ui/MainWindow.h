@@ -212,6 +212,7 @@ private:
     int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
     static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
+    void removeDatasetAt(int row);
     void inheritPeerSettings(DatasetEntry* entry);
     bool activeMatchesAllPeers(const DatasetEntry* excluded) const;
     void addDatasetRow(const DatasetEntry* entry);
@@ -259,6 +260,8 @@ private:
     QFutureWatcher<void>* calculationWatcher = nullptr;
     bool preloadRunning = false;
     int preloadRow = -1;
+    // Why the running preload's file was refused; written by the task before it ends.
+    std::shared_ptr<QString> preloadFailure;
     QQueue<int> pendingPreloadRows;
     QQueue<QString> pendingOpenPaths;
     QQueue<QPair<int, QString>> pendingSessionFiles;

@@ -1,6 +1,7 @@
 // How files become datasets and leave again: opening, drag and drop, the background preload and its
 // queues, removal, duplication and clearing the session.
 #include "core/DatasetEntry.h"
+#include "io/FileProbe.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -15,6 +16,7 @@
 #include "ui/StatisticsDockWidget.h"
 
 #include <QComboBox>
+#include <QDebug>
 #include <QDirIterator>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -128,6 +130,12 @@ std::unique_ptr<DatasetEntry> MainWindow::openEntry(const QString& path)
     auto entry = std::make_unique<DatasetEntry>();
     entry->id = nextDatasetId++;
     entry->reader = std::make_shared<VQDReader>();
+    QString probeFailure;
+    if (!FileProbe::check(path, &probeFailure)) {
+        qWarning().noquote() << "Not opening" << path << "-" << probeFailure;
+        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+        return nullptr;
+    }
     if (!entry->reader->open(path.toStdString())) {
         MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
         return nullptr;
@@ -233,23 +241,39 @@ void MainWindow::startPreload(int row)
     DatasetEntry* entry = datasetList[static_cast<std::size_t>(row)];
     statusLabel->setText(MainWindowTexts::cachingText.arg(entry->displayName));
     // The task keeps the reader alive by its own reference, so that closing the program while it
-    // runs can't pull the reader from under it; it touches nothing else.
+    // runs can't pull the reader from under it; it touches nothing else. The columns are decoded
+    // by the probe first: a file whose data crashes the library is then refused, not fatal.
     std::shared_ptr<VQDReader> reader = entry->reader;
-    preloadWatcher->setFuture(
-        QtConcurrent::run(QThreadPool::globalInstance(), [reader] { reader->cacheAllFeatures(); }));
+    auto failure = std::make_shared<QString>();
+    preloadFailure = failure;
+    const QString path = QString::fromStdString(entry->filePath);
+    preloadWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path] {
+        if (FileProbe::check(path, failure.get(), FileProbe::Scope::Columns))
+            reader->cacheAllFeatures();
+    }));
 }
 
 // The order below decides who goes next: queued preloads first, then files of a session being
 // loaded, then files that arrived while a preload ran.
 void MainWindow::onFeaturesLoaded()
 {
-    if (preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
+    const bool refused = preloadFailure && !preloadFailure->isEmpty();
+    if (refused && preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
+        const QString path
+            = QString::fromStdString(datasetList[static_cast<std::size_t>(preloadRow)]->filePath);
+        qWarning().noquote() << "Not reading" << path << "-" << *preloadFailure;
+        const int row = preloadRow;
+        preloadRow = -1;
+        removeDatasetAt(row);
+        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+    } else if (preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
         datasetList[static_cast<std::size_t>(preloadRow)]->featuresLoaded = true;
         if (preloadRow == activeDatasetIndex)
             showActiveDataset();
     }
     preloadRow = -1;
     preloadRunning = false;
+    preloadFailure.reset();
 
     if (!pendingPreloadRows.isEmpty()) {
         startPreload(pendingPreloadRows.dequeue());
@@ -285,7 +309,11 @@ void MainWindow::removeDataset()
         MessageBoxes::warning(this, MainWindowTexts::cannotRemoveTitle, MainWindowTexts::cannotRemoveText);
         return;
     }
+    removeDatasetAt(row);
+}
 
+void MainWindow::removeDatasetAt(int row)
+{
     // The list would select a neighbour while the entry is still in place; selection follows below.
     datasetListWidget->blockSignals(true);
     delete datasetListWidget->takeItem(row);

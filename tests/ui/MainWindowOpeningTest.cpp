@@ -1,6 +1,7 @@
 #include "MainWindowFixture.h"
 #include "io/Hdf5Mutex.h"
 #include "io/VQDReader.h"
+#include "io/FileProbe.h"
 #include "support/FixtureWriter.h"
 
 #include <QCoreApplication>
@@ -299,4 +300,41 @@ TEST_F(MainWindowOpening, NewDatasetsFollowPeersThatAgree)
     EXPECT_EQ(added->filter.rules()[0].propagationId, "shared-rule");
     EXPECT_EQ(added->xFeatureName, "area_um");
     EXPECT_EQ(added->yFeatureName, "deform");
+}
+
+TEST_F(MainWindowOpening, FilesThatCrashTheFileLibraryAreRefusedNotFatal)
+{
+    MainWindow& w = makeWindow();
+    const QString damaged = QStringLiteral(TESSALY_TEST_DATA "/hostile/crash-7955c795.vqd");
+    w.openDataset(damaged);
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_EQ(messages[0].title, "Error");
+    EXPECT_EQ(messages[0].text, "Failed to open: " + damaged);
+    EXPECT_TRUE(w.datasets().empty());
+    // The program goes on: a sound file opens after it.
+    w.openDataset(writeDataset("after.vqd"));
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_EQ(w.datasets().size(), 1u);
+}
+
+TEST_F(MainWindowOpening, AFileWhoseColumnsCrashTheProbeIsDroppedAfterOpening)
+{
+    // A stand-in probe that gets through the file's structure but crashes on its columns.
+    const QString fakeProbe = folder.filePath("probe.sh");
+    writeTextFile("probe.sh", "#!/bin/sh\n[ \"$1\" = --columns ] && kill -SEGV $$\nexit 0\n");
+    QFile::setPermissions(fakeProbe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    FileProbe::setProgram(fakeProbe);
+    MainWindow& w = makeWindow();
+    const QString kept = writeDataset("kept.vqd", "Kept");
+    w.openDataset(kept);
+    const QString dropped = writeDataset("dropped.vqd", "Dropped");
+    w.openDataset(dropped);
+    ASSERT_TRUE(waitUntilIdle());
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    // Both were refused once their columns were to be read; the queue went on to the second.
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(messages[0].text, "Failed to open: " + kept);
+    EXPECT_EQ(messages[1].text, "Failed to open: " + dropped);
+    EXPECT_TRUE(w.datasets().empty());
+    EXPECT_EQ(w.findChild<QListWidget*>("datasetList")->count(), 0);
 }
