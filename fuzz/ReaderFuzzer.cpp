@@ -1,18 +1,22 @@
 // libFuzzer target: any bytes as a measurement file, put through what opening a dataset in the
 // program runs. The input goes to a temporary file because the reader, like the program, opens paths.
-// A crash, a sanitizer report, a timeout or a memory blow-up is a finding; error lines of the reader
-// and neutral results are the expected answer to a hostile file.
+// A crash, a sanitizer report, a timeout or a memory blow-up is a finding; error lines of the reader,
+// neutral results and files refused by the probe are the expected answer to a hostile file.
+#include "io/FileProbe.h"
 #include "io/Hdf5Filters.h"
 #include "io/ReadLimits.h"
 #include "io/VQDReader.h"
 
 #include <H5Cpp.h>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <sanitizer/common_interface_defs.h>
 #include <streambuf>
 #include <string>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -79,9 +83,38 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
     return 0;
 }
 
+// The program reads a file only after its probe process got through it, since faults inside the HDF5
+// library can't be caught in-process. The fuzzer does the same, so that what it finds is what
+// reaches the program. A probe that crashes, fails or hangs past ten seconds means a refused file.
+bool probeGetsThrough()
+{
+    const pid_t child = fork();
+    if (child < 0)
+        return false;
+    if (child == 0) {
+        // The probe's own faults end it quietly, as they would the program's probe: no report of
+        // the fuzzer's, whose handlers the child inherited.
+        __sanitizer_set_death_callback(nullptr);
+        for (const int signal : { SIGSEGV, SIGBUS, SIGABRT, SIGFPE, SIGILL })
+            std::signal(signal, SIG_DFL);
+        std::cerr.rdbuf(nullptr);
+        _exit(Tessaly::FileProbe::runProbe(
+            QString::fromStdString(inputPath), Tessaly::FileProbe::Scope::Columns));
+    }
+    for (int waited = 0; waited < 500; ++waited) {
+        int status = 0;
+        if (waitpid(child, &status, WNOHANG) == child)
+            return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        usleep(10000);
+    }
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    return false;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    if (!writeInput(data, size))
+    if (!writeInput(data, size) || !probeGetsThrough())
         return 0;
     Tessaly::VQDReader reader;
     if (!reader.open(inputPath))
