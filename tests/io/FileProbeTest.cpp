@@ -3,6 +3,7 @@
 #include "support/FixtureWriter.h"
 
 #include <QDir>
+#include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -11,7 +12,9 @@ using namespace Tessaly;
 namespace {
 QString hostileFile(const char* name)
 {
-    return QStringLiteral(TESSALY_TEST_DATA "/hostile/") + name;
+    const QString path = QStringLiteral(TESSALY_TEST_DATA "/hostile/") + name;
+    EXPECT_TRUE(QFile::exists(path)) << name;
+    return path;
 }
 } // namespace
 

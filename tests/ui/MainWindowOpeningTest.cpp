@@ -306,6 +306,7 @@ TEST_F(MainWindowOpening, FilesThatCrashTheFileLibraryAreRefusedNotFatal)
 {
     MainWindow& w = makeWindow();
     const QString damaged = QStringLiteral(TESSALY_TEST_DATA "/hostile/crash-7955c795.vqd");
+    ASSERT_TRUE(QFile::exists(damaged));
     w.openDataset(damaged);
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].title, "Error");
