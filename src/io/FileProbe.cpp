@@ -78,10 +78,11 @@ bool FileProbe::check(const QString& path, QString* failure, Scope scope)
         probe.waitForFinished();
         return fail(QStringLiteral("reading the file did not finish in time"));
     }
-    if (probe.exitStatus() == QProcess::CrashExit)
-        return fail(QStringLiteral("the file's structure is damaged"));
-    if (probe.exitCode() != 0)
+    // A fault may also end the probe by an exit code of its own, as a sanitizer's report does.
+    if (probe.exitStatus() == QProcess::NormalExit && probe.exitCode() == cannotOpenExitCode)
         return fail(QStringLiteral("the file could not be opened"));
+    if (probe.exitStatus() == QProcess::CrashExit || probe.exitCode() != 0)
+        return fail(QStringLiteral("the file's structure is damaged"));
     return true;
 }
 
@@ -89,7 +90,7 @@ int FileProbe::runProbe(const QString& path, Scope scope)
 {
     VQDReader reader;
     if (!reader.open(path.toStdString()))
-        return 1;
+        return cannotOpenExitCode;
     reader.readMetadata();
     reader.featureNames();
     if (scope == Scope::Columns)

@@ -27,8 +27,9 @@ public:
     // How long a probe may take before the file counts as unreadable.
     static void setTimeLimit(int milliseconds);
 
-    // What the probe program runs: exit code 0 when the file was read through, 1 when it could
-    // not be opened. A crash or a hang never returns.
+    // What the probe program runs: exit code 0 when the file was read through, cannotOpenExitCode
+    // when it could not be opened. A crash or a hang never returns.
+    static constexpr int cannotOpenExitCode = 3;
     static int runProbe(const QString& path, Scope scope);
 };
 
