@@ -10,6 +10,9 @@ TSAN_DIR ?= build-tsan
 # The tests that run reads on the thread pool beside the interface thread: the main window's (its
 # preload) and the reader's, whose lock they share.
 TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters)\.
+# ThreadSanitizer's allocator has no heap checks, so a probe there need not notice the heap damage a
+# malformed file does inside libhdf5; the test that relies on the probe noticing it is left out.
+TSAN_EXCLUDE ?= FilesThatCrashTheFileLibrary
 SUPPRESSIONS := $(CURDIR)/sanitizers
 # Sanitizer builds: clang, light optimisation, line tables for the reports. Tests are listed when
 # ctest runs, so that the sanitizer options below apply to the listing too.
@@ -75,7 +78,7 @@ sanitize-tsan: deps dev-deps
 	@cmake -S . -B $(TSAN_DIR) $(SANITIZE_CMAKE) -DTESSALY_SANITIZERS=thread >/dev/null
 	@cmake --build $(TSAN_DIR) -j $(JOBS) --target tessaly_core_tests tessaly_gui_tests
 	@cd $(TSAN_DIR) && $(TSAN_ENV) QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS) --timeout 900 \
-		-R '$(TSAN_TESTS)'
+		-R '$(TSAN_TESTS)' -E '$(TSAN_EXCLUDE)'
 
 clean:
 	@rm -rf $(BUILD_DIR)
