@@ -3,6 +3,7 @@
 #include "calc/Density.h"
 #include "core/PolygonGeometry.h"
 #include "core/ScaleModes.h"
+#include "support/ReferencePoints.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -10,13 +11,10 @@
 
 using namespace Tessaly;
 
-namespace {
+using Tessaly::Testing::bellWithCore;
+using Tessaly::Testing::Points;
 
-struct Points
-{
-    std::vector<double> x;
-    std::vector<double> y;
-};
+namespace {
 
 // A round Gaussian blob of n points around (cx, cy).
 Points blob(std::size_t n, double cx, double cy, double sd, std::uint64_t seed)
@@ -28,24 +26,6 @@ Points blob(std::size_t n, double cx, double cy, double sd, std::uint64_t seed)
     for (std::size_t i = 0; i < n; ++i) {
         p.x.push_back(gx(rng));
         p.y.push_back(gy(rng));
-    }
-    return p;
-}
-
-// The data set bellWithCore() of tests/reference/density_reference.py.
-Points bellWithCore()
-{
-    Points p;
-    for (long long i = 0; i < 1000; ++i) {
-        const long long a = (i * 7919) % 1009;
-        const long long b = (i * 104729) % 1013;
-        const long long c = (i * 1299709) % 1019;
-        p.x.push_back(static_cast<double>(a + b + c) / 300.0);
-        p.y.push_back(static_cast<double>(a + 2 * ((i * 15485863) % 1021)) / 250.0);
-    }
-    for (int i = 0; i < 500; ++i) {
-        p.x.push_back(5.0 + (i % 37) / 100.0);
-        p.y.push_back(4.0 + (i * 7 % 41) / 100.0);
     }
     return p;
 }

@@ -1,11 +1,16 @@
 #include "calc/Density.h"
 
+#include "support/ReferencePoints.h"
+
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 
 using namespace Tessaly;
+
+using Tessaly::Testing::bellWithCore;
+using Tessaly::Testing::Points;
 
 namespace {
 
@@ -15,12 +20,6 @@ constexpr double kPi = 3.14159265358979323846;
 
 // The data sets of tests/reference/density_reference.py, from the same integer formulas, so that
 // both sides start from identical doubles.
-struct Points
-{
-    std::vector<double> x;
-    std::vector<double> y;
-};
-
 Points twoClusters()
 {
     Points p;
@@ -32,23 +31,6 @@ Points twoClusters()
             p.x.push_back(6.0 + ((i * 17) % 29) / 10.0);
             p.y.push_back(3.0 + ((i * 13) % 31) / 8.0);
         }
-    }
-    return p;
-}
-
-Points bellWithCore()
-{
-    Points p;
-    for (long long i = 0; i < 1000; ++i) {
-        const long long a = (i * 7919) % 1009;
-        const long long b = (i * 104729) % 1013;
-        const long long c = (i * 1299709) % 1019;
-        p.x.push_back(static_cast<double>(a + b + c) / 300.0);
-        p.y.push_back(static_cast<double>(a + 2 * ((i * 15485863) % 1021)) / 250.0);
-    }
-    for (int i = 0; i < 500; ++i) {
-        p.x.push_back(5.0 + (i % 37) / 100.0);
-        p.y.push_back(4.0 + (i * 7 % 41) / 100.0);
     }
     return p;
 }
