@@ -37,6 +37,7 @@ struct DatasetEntry;
 class CalculationsDockWidget;
 class DatasetListWidget;
 class DatasetTreeWidget;
+class EModulus;
 class FilterDockWidget;
 class ImageViewer;
 class ScatterPlot;
@@ -115,7 +116,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
-// dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
+// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
+// MainWindowIsoelastics.cpp (Young's modulus lines on the plot).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -158,6 +160,9 @@ public:
     const std::vector<int>& plottedEvents() const { return visibleIndices; }
 
 public Q_SLOTS:
+    // The one Young's modulus engine, which keeps its tables for the life of the window.
+    EModulus* emodulus();
+
     // Shows a failure that escaped an event handler, with the offer of a feedback report. Reports
     // that arrive while such a dialog is open are dropped, so that a repeating fault can't stack
     // dialogs.
@@ -287,6 +292,9 @@ private:
     std::function<bool(const std::string&)> zoomResetCheck;
     // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
     bool preferRefinedTraces = true;
+
+    // Young's modulus (MainWindowIsoelastics.cpp): made before the docks, which show its table.
+    EModulus* emodulusEngine = nullptr;
 
     // Docks and their widgets.
     QDockWidget* datasetsDock = nullptr;
