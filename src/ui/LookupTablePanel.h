@@ -19,8 +19,8 @@ inline const QString inUse = QStringLiteral("In use: %1");
 inline const QString notFound
     = QStringLiteral("No table \"%1\" found, so Young's modulus can't be computed. Searched: %2");
 // %1 the file's path.
-inline const QString unusable
-    = QStringLiteral("The table %1 has fewer than 3 rows, so Young's modulus can't be computed.");
+inline const QString unusable = QStringLiteral(
+    "The table %1 has fewer than 3 rows, so Young's modulus can't be computed. Replace it and restart.");
 inline const QString noMetadata = QStringLiteral("The table states no reference conditions; it is taken as "
                                                  "computed for 20 µm, 0.16 µL/s and 1.002 mPa·s.");
 inline const QString chooseButton = QStringLiteral("Choose Table...");

@@ -124,3 +124,14 @@ TEST_F(LookupTablePanelTest, TableWithoutMetadataSaysWhichConditionsAreAssumed)
     EXPECT_EQ(panel.metadataText(), Texts::noMetadata);
     EXPECT_FALSE(panel.chooseOffered());
 }
+
+TEST_F(LookupTablePanelTest, TableOfTooFewRowsIsNamedAsUnusable)
+{
+    QDir().mkpath(install);
+    writeFile(
+        QStringLiteral("install/data/LUT_LE_2D_FEM.txt"), "area deform emodulus\n10 0.01 1\n20 0.02 2\n");
+    LookupTablePanel panel(&engine);
+    EXPECT_EQ(panel.statusText(),
+        Texts::unusable.arg(QDir::toNativeSeparators(install + QStringLiteral("/LUT_LE_2D_FEM.txt"))));
+    EXPECT_FALSE(panel.chooseOffered());
+}
