@@ -115,9 +115,12 @@ void FilterRuleWidget::setRule(const FilterRule& rule)
     const int found = featureCombo->findData(name);
     if (found >= 0) {
         featureCombo->setCurrentIndex(found);
-        if (readColumns && reader) {
+        // The format depends on the feature alone; a refresh that shows the same feature again
+        // doesn't scan its column again.
+        if (readColumns && reader && formattedFeature != rule.featureName) {
             if (const auto range = finiteRange(reader->getFeature(rule.featureName)))
                 applyRangeFormat(range->second - range->first);
+            formattedFeature = rule.featureName;
         }
     } else if (!name.isEmpty()) {
         featureCombo->addItem(name + FilterDockTexts::notAvailableSuffix, name);
@@ -165,6 +168,7 @@ void FilterRuleWidget::onFeatureChanged(int index)
         const QSignalBlocker blockMin(minSpin);
         const QSignalBlocker blockMax(maxSpin);
         applyRangeFormat(range->second - range->first);
+        formattedFeature = name;
         minSpin->setValue(range->first);
         maxSpin->setValue(range->second);
         stored.minValue = range->first;

@@ -2,6 +2,8 @@
 
 #include "ui/RuleRowWidget.h"
 
+#include <string>
+
 class QCheckBox;
 class QComboBox;
 class QDoubleSpinBox;
@@ -44,6 +46,8 @@ private:
     VQDReader* reader;
     bool readColumns;
     bool notAvailable = false;
+    // The feature whose range set the decimals and step of the bounds.
+    std::string formattedFeature;
     QComboBox* featureCombo;
     QDoubleSpinBox* minSpin;
     QDoubleSpinBox* maxSpin;
