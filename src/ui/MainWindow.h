@@ -116,8 +116,9 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
-// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
-// MainWindowIsoelastics.cpp (Young's modulus lines on the plot).
+// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
+// datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp and MainWindowIsoelastics.cpp
+// (Young's modulus lines on the plot).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -141,6 +142,16 @@ public:
     int addFilterGroup(const std::string& name);
     void addRuleToGroup(int groupId, const FilterRule& rule);
     void setGroupEnabled(int datasetId, int groupId, bool on);
+    // Filters across datasets and filter group files (MainWindowFilterOps.cpp,
+    // MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp).
+    void updateRuleInGroup(int groupId, int ruleIndex, const FilterRule& rule);
+    void removeRuleFromGroup(int groupId, int ruleIndex);
+    // Appends the dataset's soft limits as rules; returns how many were added.
+    int importSoftLimits(DatasetEntry* ds);
+    void updatePeerHighlights();
+    // The work of the export and import dialogs once a file is chosen; both report to the user.
+    bool exportFilterGroups(const QString& path, const std::vector<int>& groupIds);
+    int importFilterGroups(const QString& path);
     // The rules that decide which events of a dataset count: its own, then those of every group it
     // has enabled, under the dataset's own switch and combine mode.
     EventFilter buildEffectiveFilter(const DatasetEntry* ds) const;
@@ -183,6 +194,24 @@ public Q_SLOTS:
     void onMaskToggled(bool checked);
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
+
+    // Filters across datasets: the active dataset is the source.
+    void onApplyFilterToAll();
+    void onApplyRuleToAll(int ruleIndex);
+    void onUpdateRuleToAll(int ruleIndex);
+    void onUncheckRuleInAll(int ruleIndex);
+    void onCheckRuleInAll(int ruleIndex);
+    void onDeleteRuleFromAll(int ruleIndex);
+    void onEnabledChangedForAll(bool enabled);
+    void onCombineModeChangedForAll(int mode);
+    void onImportMeasurementFilters(bool toAll);
+    // Filter groups.
+    int addFilterGroup();
+    void removeFilterGroup(int id);
+    void renameFilterGroup(int id, const QString& newName);
+    void setGroupEnabledInAll(int groupId, bool on);
+    void onExportFilterGroups();
+    void onImportFilterGroups();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -242,6 +271,11 @@ private:
     void markLogAxisProblem(QComboBox* combo, int count, const QString& axisName);
     void updatePolygonOverlays();
     void showEventTraces(int event);
+
+    // Filters across datasets.
+    void connectFilterDock();
+    void refreshFilterGroupWidgets();
+    void setCheckedInAll(int ruleIndex, bool on);
     void setupTraceChannels(const DatasetEntry& entry);
     QString datasetLabelHtml(const DatasetEntry* entry) const;
 
@@ -274,6 +308,9 @@ private:
     bool sessionLoading = false;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
+
+    // On while a group rule is written back, so that the refresh leaves the row being edited alone.
+    bool groupRuleUpdating = false;
 
     // Plot state of the active dataset, rebuilt by every run of onFilterChanged.
     std::vector<double> plotX;

@@ -435,6 +435,7 @@ void MainWindow::clearSession()
         delete group;
     groups.clear();
     nextGroupId = 0;
+    refreshFilterGroupWidgets();
 
     clearDatasetViews();
     statusLabel->setText(MainWindowTexts::noFileText);

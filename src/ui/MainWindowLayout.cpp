@@ -371,6 +371,7 @@ void MainWindow::connectSignals()
             onDatasetSelected(static_cast<int>(row));
     });
     connect(filterDock, &FilterDockWidget::filterChanged, this, &MainWindow::onFilterChanged);
+    connectFilterDock();
     for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo })
         connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,
             &MainWindow::updateFeatureSelection);

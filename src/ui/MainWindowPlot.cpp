@@ -194,6 +194,7 @@ void MainWindow::updatePlotStatus()
         return;
     const auto total = static_cast<qulonglong>(entry->reader->eventCount());
     const auto shown = filterReducedPlot ? static_cast<qulonglong>(visibleIndices.size()) : total;
+    filterDock->setEventCounts(shown, total);
 
     QStringList parts = datasetDetails(*entry, false);
     if (filterReducedPlot) {

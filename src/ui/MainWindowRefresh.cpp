@@ -161,6 +161,11 @@ void MainWindow::onFilterChanged()
     updateContours();
     updateIsoelastics();
     updatePlotStatus();
+    // The dock marks where the peers differ; group widgets are rebuilt unless a group rule is being
+    // written back from the row that is being typed in.
+    updatePeerHighlights();
+    if (!groupRuleUpdating)
+        refreshFilterGroupWidgets();
     updateApplyPlotButton();
     statisticsDock->updateStatistics(plotX, plotY, plotXLabel, plotYLabel);
     placeSelection(*entry);
