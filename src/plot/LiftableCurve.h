@@ -5,8 +5,9 @@
 namespace Tessaly {
 
 // A curve that can be lifted off the plot's own drawing while it stays an item of the plot: lifted,
-// it still counts for the axes' automatic scale, so that hiding it does not rescale the plot under
-// the mouse, but it is drawn elsewhere (on a layer over the canvas).
+// it still counts for the axes' automatic scale, so that lifting it does not rescale the plot under
+// the mouse, but it is drawn elsewhere (on a layer over the canvas). Renderings of the plot into
+// files leave a lifted curve out too.
 class LiftableCurve : public QwtPlotCurve
 {
 public:

@@ -192,7 +192,6 @@ private:
     void updateDrawCurve();
     void updateEditCurve();
     void beginVertexDrag(int vertex);
-    void endVertexDrag();
     void panBy(const QPoint& delta);
     void zoomToRect(const QRect& band);
     void zoomAxisAbout(int axis, double centre, double factor);
@@ -223,8 +222,8 @@ private:
     QPolygonF editVertices;
     int dragVertex = -1;
     LiftableCurve* editCurve = nullptr;
-    // Carries the edit curve while a vertex is dragged, so that the points below are not redrawn
-    // on every move.
+    // Carries the edit curve while a polygon is edited, so that the points below are not redrawn
+    // at every move of a vertex.
     CurveOverlay* dragOverlay = nullptr;
 
     int hoverIndex = -1;

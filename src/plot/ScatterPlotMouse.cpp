@@ -240,7 +240,7 @@ bool ScatterPlot::handleRelease(const QMouseEvent* event)
         return true;
     }
     if (editing && dragVertex >= 0 && event->button() == Qt::LeftButton) {
-        endVertexDrag();
+        dragVertex = -1;
         canvas()->setCursor(Qt::ArrowCursor);
         emit polygonEdited(editedId, editVertices);
         return true;
@@ -388,21 +388,24 @@ void ScatterPlot::updateDrawCurve()
 // ---------------------------------------------------------------------------------------------
 // Editing
 
+// While a polygon is edited, its curve is drawn on a layer over the canvas rather than by the
+// plot: a moved, inserted or deleted vertex repaints that layer alone, and the points below, which
+// the canvas keeps as a picture, are not drawn again until the edit is reported and the plot
+// refreshed. The curve stays an item of the plot, so the axes' automatic scale counts it as before.
 void ScatterPlot::startPolygonEdit(int id, const QPolygonF& polygon)
 {
     if (editing && editedId != id) {
         // The old polygon's overlay comes back before anyone hears that its edit stopped, so that
         // overlays redrawn in answer include it.
         const int oldId = editedId;
-        endVertexDrag();
         editing = false;
         editedId = -1;
+        dragVertex = -1;
         if (auto old = overlays.find(oldId); old != overlays.end())
             old->second->setVisible(true);
         emit polygonEditingStopped(oldId);
     }
     cancelPolygonDraw();
-    endVertexDrag();
     editing = true;
     editedId = id;
     editVertices = polygon;
@@ -410,9 +413,14 @@ void ScatterPlot::startPolygonEdit(int id, const QPolygonF& polygon)
     if (auto overlay = overlays.find(id); overlay != overlays.end())
         overlay->second->setVisible(false);
     editCurve->setVisible(true);
+    editCurve->setLifted(true);
+    dragOverlay->show();
     canvas()->setCursor(Qt::ArrowCursor);
     canvas()->setFocus(Qt::OtherFocusReason);
-    updateEditCurve();
+    editCurve->setSamples(closedOutline(editVertices));
+    // Once, for the overlay that the edit curve replaces.
+    replot();
+    dragOverlay->updateOverlay();
 }
 
 void ScatterPlot::stopPolygonEdit()
@@ -420,11 +428,12 @@ void ScatterPlot::stopPolygonEdit()
     if (!editing)
         return;
     const int id = editedId;
-    endVertexDrag();
     editing = false;
     editedId = -1;
     editVertices.clear();
     dragVertex = -1;
+    dragOverlay->hide();
+    editCurve->setLifted(false);
     editCurve->setSamples(QVector<QPointF>());
     editCurve->setVisible(false);
     if (auto overlay = overlays.find(id); overlay != overlays.end())
@@ -438,35 +447,14 @@ void ScatterPlot::stopPolygonEdit()
 void ScatterPlot::updateEditCurve()
 {
     editCurve->setSamples(closedOutline(editVertices));
-    if (editCurve->isLifted())
-        dragOverlay->updateOverlay();
-    else
-        replot();
+    dragOverlay->updateOverlay();
 }
 
-// While a vertex is held, the edit curve moves to a layer over the canvas: each move repaints that
-// layer alone, and the points below are drawn once at the press instead of at every move. The
-// curve stays an item of the plot meanwhile, so the axes keep their automatic scale.
 void ScatterPlot::beginVertexDrag(int vertex)
 {
     dragVertex = vertex;
     canvas()->setCursor(Qt::ClosedHandCursor);
-    editCurve->setSamples(closedOutline(editVertices));
-    editCurve->setLifted(true);
-    replot();
-    dragOverlay->show();
-    dragOverlay->updateOverlay();
-}
-
-void ScatterPlot::endVertexDrag()
-{
-    dragVertex = -1;
-    if (!editCurve->isLifted())
-        return;
-    dragOverlay->hide();
-    editCurve->setLifted(false);
-    // A refresh that follows the edit replots anyway; this one comes only if none does.
-    scheduleReplot();
+    updateEditCurve();
 }
 
 } // namespace Tessaly

@@ -503,3 +503,30 @@ TEST_F(ScatterPlotMouse, HoverIsReportedOnlyWhileDrawingOrEditing)
     move(pixelOf(8, 8));
     EXPECT_EQ(hovered.count(), 4);
 }
+
+TEST_F(ScatterPlotMouse, TheEditedPolygonIsDrawnWhereItsVerticesAreNowAndNowhereElse)
+{
+    const auto isRed = [](QRgb pixel) { return qRed(pixel) > 200 && qGreen(pixel) < 90 && qBlue(pixel) < 90; };
+    editSquare();
+    const QPoint before = pixelOf(8, 2);
+    const QPoint after = pixelOf(9, 4);
+    EXPECT_TRUE(isRed(canvas->grab().toImage().pixel(before)));
+    EXPECT_FALSE(isRed(canvas->grab().toImage().pixel(after)));
+
+    press(before);
+    move(after, Qt::LeftButton);
+    QApplication::processEvents();
+    QImage image = canvas->grab().toImage();
+    EXPECT_TRUE(isRed(image.pixel(after)));
+    EXPECT_FALSE(isRed(image.pixel(before)));
+
+    release(after);
+    QApplication::processEvents();
+    image = canvas->grab().toImage();
+    EXPECT_TRUE(isRed(image.pixel(after)));
+    EXPECT_FALSE(isRed(image.pixel(before)));
+
+    plot.stopPolygonEdit();
+    QApplication::processEvents();
+    EXPECT_FALSE(isRed(canvas->grab().toImage().pixel(after)));
+}
