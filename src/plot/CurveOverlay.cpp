@@ -14,6 +14,8 @@ CurveOverlay::CurveOverlay(QwtPlot* plot, const QwtPlotCurve* curve)
     // A mask would have to follow the curve on every frame; the canvas repaints the uncovered rest
     // from its cache anyway.
     setMaskMode(QwtWidgetOverlay::NoMask);
+    // The layer covers the whole canvas; the mouse must still reach the canvas below.
+    setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
 void CurveOverlay::drawOverlay(QPainter* painter) const
