@@ -309,6 +309,9 @@ private:
     // rules; and the dataset whose own rule is under edit on the plot.
     int pendingPolygonGroup = -1;
     int polygonEditDatasetId = -1;
+    // The vertices of the rule under edit as the edit last left them; a rule that no longer has
+    // them has been changed or moved by someone else.
+    std::vector<PlanePoint> polygonEditShape;
     // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
     bool preferRefinedTraces = true;
 

@@ -143,8 +143,10 @@ void MainWindow::startPolygonEditOf(int id, const FilterRule* rule)
         const DatasetEntry* entry = activeEntry();
         const QPolygonF polygon = toPolygon(rule->polygonVertices);
         // Starting may first end another edit, whose end clears the dataset of the edit.
+        const std::vector<PlanePoint> shape = rule->polygonVertices;
         scatterPlot->startPolygonEdit(id, polygon);
         polygonEditDatasetId = isGroupRuleId(id) || !entry ? -1 : entry->id;
+        polygonEditShape = shape;
         return;
     }
     // Refused: the toggle that asked goes back off, without a message.
@@ -195,6 +197,7 @@ void MainWindow::onPolygonEdited(int id, const QPolygonF& polygon)
             return;
         // The modes stay those of the drawing: they say in which space the edges are straight.
         rule.polygonVertices = toVertices(polygon);
+        polygonEditShape = rule.polygonVertices;
     } else {
         if (!entry || id < 0 || id >= entry->filter.ruleCount() || entry->id != polygonEditDatasetId)
             return;
@@ -203,6 +206,7 @@ void MainWindow::onPolygonEdited(int id, const QPolygonF& polygon)
             return;
         rule.polygonVertices = toVertices(polygon);
         entry->filter.setRule(id, rule);
+        polygonEditShape = rule.polygonVertices;
     }
     if (entry) {
         filterDock->setDataset(entry);
@@ -222,7 +226,9 @@ void MainWindow::onPolygonEditingStopped(int id)
 }
 
 // An edit belongs to one rule on one pair of axes; once the dataset, the axes or the rule itself
-// are gone from the plot, the edit ends rather than reshape some other rule.
+// are gone from the plot, the edit ends rather than reshape some other rule. A rule whose vertices
+// are no longer those the edit left has been changed elsewhere, or another rule has taken its
+// index since one before it was removed.
 void MainWindow::keepPolygonEditValid()
 {
     if (!scatterPlot->isEditing())
@@ -231,8 +237,8 @@ void MainWindow::keepPolygonEditValid()
     const DatasetEntry* entry = activeEntry();
     const FilterRule* rule = polygonRuleOf(id);
     const bool sameDataset = isGroupRuleId(id) || (entry && entry->id == polygonEditDatasetId);
-    if (sameDataset && rule && rule->featureName == comboKey(xFeatureCombo)
-        && rule->featureNameY == comboKey(yFeatureCombo))
+    if (sameDataset && rule && rule->polygonVertices == polygonEditShape
+        && rule->featureName == comboKey(xFeatureCombo) && rule->featureNameY == comboKey(yFeatureCombo))
         return;
     scatterPlot->stopPolygonEdit();
 }

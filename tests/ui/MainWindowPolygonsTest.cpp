@@ -356,3 +356,41 @@ TEST_F(MainWindowPolygons, AGroupPolygonIsDrawnIntoTheGroupAndEditedThroughItsCo
         groupRuleId(group, 5), polygonOf({ QPointF(1, 1), QPointF(2, 1), QPointF(2, 2) }));
     EXPECT_EQ(target->rules.size(), 1u);
 }
+
+TEST_F(MainWindowPolygons, AnEditEndsWhenItsRuleIsChangedOrMovedElsewhere)
+{
+    open(gridEvents(0, 0));
+    DatasetEntry* entry = window->datasets().front();
+    window->onPolygonDrawRequested();
+    drawPolygon(pixelPolygonOf({ at(0.1, 0.1), at(0.5, 0.1), at(0.3, 0.5) }));
+    window->onPolygonDrawRequested();
+    drawPolygon(pixelPolygonOf({ at(0.4, 0.4), at(0.9, 0.4), at(0.7, 0.9) }));
+    ASSERT_EQ(entry->filter.ruleCount(), 2);
+
+    // Removing the first rule moves the edited second one to index 0, where the edit's id points
+    // at nothing now.
+    window->onPolygonEditRequested(0, true);
+    ASSERT_TRUE(plot()->isEditing());
+    window->onPolygonEditRequested(1, true);
+    ASSERT_EQ(plot()->editId(), 1);
+    const std::vector<PlanePoint> second = entry->filter.rules()[1].polygonVertices;
+    entry->filter.removeRule(0);
+    window->onFilterChanged();
+    EXPECT_FALSE(plot()->isEditing());
+
+    // With a rule before it again, index 0 is another polygon on the same axes: the edit of index
+    // 1 must not go on as an edit of that one.
+    FilterRule first = entry->filter.rules()[0];
+    first.polygonVertices = { { 1, 0.1 }, { 50, 0.1 }, { 25, 0.5 } };
+    const FilterRule edited = entry->filter.rules()[0];
+    entry->filter.addRule(edited);
+    entry->filter.setRule(0, first);
+    window->onFilterChanged();
+    window->onPolygonEditRequested(1, true);
+    ASSERT_TRUE(plot()->isEditing());
+    entry->filter.removeRule(0);
+    entry->filter.addRule(first);
+    window->onFilterChanged();
+    EXPECT_FALSE(plot()->isEditing());
+    EXPECT_EQ(entry->filter.rules()[0].polygonVertices, second);
+}
