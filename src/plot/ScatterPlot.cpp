@@ -2,6 +2,8 @@
 
 #include "core/ScaleModes.h"
 #include "plot/ColorMaps.h"
+#include "plot/CurveOverlay.h"
+#include "plot/LiftableCurve.h"
 #include "plot/PlotLayoutAccess.h"
 #include "plot/PseudoLogScaleEngine.h"
 #include "plot/RoundSpectroCurve.h"
@@ -9,7 +11,6 @@
 
 #include <QFont>
 #include <QFrame>
-#include <QMouseEvent>
 #include <QPainterPath>
 #include <QPen>
 #include <QTimer>
@@ -36,8 +37,6 @@ namespace {
 // The pick radius is 5 % of each axis, measured separately, so that a click lands on a point in
 // a sparse plot as well as in a dense one, whatever the aspect of the canvas.
 constexpr double pickRadius = 0.05;
-// A press and release further apart than this in both directions is a drag, not a click.
-constexpr int clickTolerance = 5;
 
 const QColor plainColor(0, 68, 108);
 const QColor highlightColor(254, 204, 0);
@@ -106,15 +105,6 @@ QString modulusLabel(double value)
     return QString::number(value, 'f', value < 1.0 ? 2 : 1) + QLatin1String(ScatterPlotText::modulusUnit);
 }
 
-QPoint eventPosition(const QMouseEvent* event)
-{
-#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    return event->position().toPoint();
-#else
-    return event->pos();
-#endif
-}
-
 } // namespace
 
 ScatterPlot::ScatterPlot(QWidget* parent)
@@ -162,18 +152,21 @@ void ScatterPlot::setupPlot()
 
     QColor polygonPenColor = polygonColor;
     polygonPenColor.setAlpha(200);
-    for (QwtPlotCurve** curve : { &drawCurve, &editCurve }) {
-        *curve = new QwtPlotCurve;
-        (*curve)->setStyle(QwtPlotCurve::Lines);
-        (*curve)->setPen(itemPen(polygonPenColor, 2.0, Qt::DashLine));
-        (*curve)->setSymbol(ellipseSymbol(Qt::red, itemPen(Qt::red, 1.0), 8));
-        (*curve)->setRenderHint(QwtPlotItem::RenderAntialiased, true);
-        (*curve)->setItemAttribute(QwtPlotItem::Legend, false);
-        (*curve)->setVisible(false);
-        (*curve)->attach(this);
+    drawCurve = new QwtPlotCurve;
+    editCurve = new LiftableCurve;
+    for (QwtPlotCurve* curve : { drawCurve, static_cast<QwtPlotCurve*>(editCurve) }) {
+        curve->setStyle(QwtPlotCurve::Lines);
+        curve->setPen(itemPen(polygonPenColor, 2.0, Qt::DashLine));
+        curve->setSymbol(ellipseSymbol(Qt::red, itemPen(Qt::red, 1.0), 8));
+        curve->setRenderHint(QwtPlotItem::RenderAntialiased, true);
+        curve->setItemAttribute(QwtPlotItem::Legend, false);
+        curve->setVisible(false);
+        curve->attach(this);
     }
     drawCurve->setZ(drawCurveZ);
     editCurve->setZ(editCurveZ);
+    dragOverlay = new CurveOverlay(this, editCurve);
+    dragOverlay->hide();
 
     picker = new ScatterPlotPicker(canvas());
     connect(picker, &ScatterPlotPicker::pointSelected, this, &ScatterPlot::onPointSelected);
@@ -486,6 +479,8 @@ void ScatterPlot::addPolygonOverlay(int id, const QPolygonF& polygon, bool ruleE
     item->setRenderHint(QwtPlotItem::RenderAntialiased, true);
     item->setItemAttribute(QwtPlotItem::Legend, false);
     item->setZ(overlayZ);
+    // The polygon under edit is shown by the edit curve alone.
+    item->setVisible(!(editing && id == editedId));
     item->attach(this);
     overlays[id] = item;
     scheduleReplot();
@@ -504,7 +499,7 @@ void ScatterPlot::clearPolygonOverlays()
 }
 
 // ---------------------------------------------------------------------------------------------
-// Picking and the mouse
+// Picking
 
 int ScatterPlot::findNearestPoint(const QPointF& dataPos) const
 {
@@ -536,47 +531,6 @@ int ScatterPlot::findNearestPoint(const QPointF& dataPos) const
         }
     }
     return best < pickRadius * pickRadius ? bestIndex : -1;
-}
-
-QPointF ScatterPlot::toData(const QPoint& canvasPos) const
-{
-    return QPointF(
-        invTransform(QwtPlot::xBottom, canvasPos.x()), invTransform(QwtPlot::yLeft, canvasPos.y()));
-}
-
-bool ScatterPlot::eventFilter(QObject* object, QEvent* event)
-{
-    if (object != canvas())
-        return QwtPlot::eventFilter(object, event);
-
-    switch (event->type()) {
-    case QEvent::MouseButtonPress: {
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        if (mouse->button() == Qt::LeftButton && !(mouse->modifiers() & Qt::ShiftModifier)) {
-            zooming = true;
-            zoomOrigin = eventPosition(mouse);
-        }
-        break;
-    }
-    case QEvent::MouseButtonRelease: {
-        const auto* mouse = static_cast<QMouseEvent*>(event);
-        if (!zooming || mouse->button() != Qt::LeftButton)
-            break;
-        zooming = false;
-        const QPoint pos = eventPosition(mouse);
-        const bool dragged = std::abs(pos.x() - zoomOrigin.x()) > clickTolerance
-            && std::abs(pos.y() - zoomOrigin.y()) > clickTolerance;
-        if (!dragged) {
-            const int index = findNearestPoint(toData(pos));
-            if (index >= 0)
-                emit pointClicked(index);
-        }
-        return true;
-    }
-    default:
-        break;
-    }
-    return QwtPlot::eventFilter(object, event);
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -2,6 +2,7 @@
 
 #include "calc/Contours.h"
 #include "calc/IsoelasticLine.h"
+#include "plot/LiftableCurve.h"
 
 #include <QBrush>
 #include <QPalette>
@@ -13,7 +14,10 @@
 #include <qwt_plot.h>
 #include <vector>
 
+class QKeyEvent;
+class QMouseEvent;
 class QRubberBand;
+class QWheelEvent;
 class QwtPlotCurve;
 class QwtPlotMarker;
 class QwtPlotPanner;
@@ -21,6 +25,7 @@ class QwtPlotShapeItem;
 
 namespace Tessaly {
 
+class CurveOverlay;
 class RoundSpectroCurve;
 class ScatterPlotPicker;
 
@@ -100,6 +105,26 @@ public:
     void addPolygonOverlay(int id, const QPolygonF& polygon, bool ruleEnabled);
     void clearPolygonOverlays();
 
+    // Polygon gates made with the mouse. Drawing places a vertex at each left click and closes the
+    // polygon with a double click once it has three; editing drags vertices, inserts one where an
+    // edge is pressed and deletes one with a right click. Drawing and editing exclude each other.
+    // Ids are those of the overlays: a rule index, or a group-coded id.
+    void startPolygonDraw();
+    void cancelPolygonDraw();
+    void startPolygonEdit(int id, const QPolygonF& polygon);
+    void stopPolygonEdit();
+    bool isDrawing() const { return drawing; }
+    bool isEditing() const { return editing; }
+    // The id under edit, -1 when none.
+    int editId() const { return editedId; }
+    // Vertices in data units: those placed so far, and those of the polygon under edit (not closed).
+    const QPolygonF& drawnVertices() const { return drawVertices; }
+    const QPolygonF& editedVertices() const { return editVertices; }
+    // The vertex held by the mouse button, -1 when none.
+    int draggedVertex() const { return dragVertex; }
+    const QwtPlotCurve* drawingCurve() const { return drawCurve; }
+    const QwtPlotCurve* editingCurve() const { return editCurve; }
+
     // The plot index of the point nearest to a position in data units, measured in fractions of
     // the canvas per direction, if it lies within 5 % of the canvas; -1 otherwise.
     int findNearestPoint(const QPointF& dataPos) const;
@@ -151,6 +176,27 @@ private:
     void scheduleReplot();
     QPointF toData(const QPoint& canvasPos) const;
 
+    // The canvas's mouse and keys, one handler per kind of event; each says whether it consumed
+    // the event. Only eventFilter calls them.
+    bool handleKeyPress(const QKeyEvent* event);
+    bool handlePress(const QMouseEvent* event);
+    bool handleDoubleClick(const QMouseEvent* event);
+    bool handleMove(const QMouseEvent* event);
+    bool handleRelease(const QMouseEvent* event);
+    bool handleWheel(const QWheelEvent* event);
+    bool pressWhileEditing(const QMouseEvent* event);
+    void hover(const QPoint& canvasPos);
+    void updateEditCursor(const QPoint& canvasPos);
+    QPolygonF toPixels(const QPolygonF& vertices) const;
+    void clearDrawing();
+    void updateDrawCurve();
+    void updateEditCurve();
+    void beginVertexDrag(int vertex);
+    void panBy(const QPoint& delta);
+    void zoomToRect(const QRect& band);
+    void zoomAxisAbout(int axis, double centre, double factor);
+    void setAxisRange(int axis, double lower, double upper);
+
     QwtPlotCurve* plainCurve = nullptr;
     RoundSpectroCurve* colorCurve = nullptr;
     QwtPlotCurve* highlightCurve = nullptr;
@@ -172,10 +218,13 @@ private:
     QwtPlotCurve* drawCurve = nullptr;
 
     bool editing = false;
-    int editId = -1;
+    int editedId = -1;
     QPolygonF editVertices;
     int dragVertex = -1;
-    QwtPlotCurve* editCurve = nullptr;
+    LiftableCurve* editCurve = nullptr;
+    // Carries the edit curve while a polygon is edited, so that the points below are not redrawn
+    // at every move of a vertex.
+    CurveOverlay* dragOverlay = nullptr;
 
     int hoverIndex = -1;
     std::map<int, QwtPlotShapeItem*> overlays;

@@ -324,6 +324,17 @@ void FilterDockWidget::setPolygonEditChecked(int ruleIndex, bool on)
         row->setEditChecked(on);
 }
 
+bool FilterDockWidget::isPolygonDrawChecked() const
+{
+    return polygonButton->isChecked();
+}
+
+bool FilterDockWidget::isPolygonEditChecked(int ruleIndex) const
+{
+    const auto* row = qobject_cast<const PolygonRuleWidget*>(ruleRow(ruleIndex));
+    return row && row->isEditChecked();
+}
+
 void FilterDockWidget::setGroupPolygonEditChecked(int groupId, int ruleIndex, bool on)
 {
     if (FilterGroupWidget* widget = groupWidget(groupId))

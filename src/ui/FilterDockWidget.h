@@ -59,6 +59,8 @@ public:
     void setPolygonDrawChecked(bool on);
     void setPolygonEditChecked(int ruleIndex, bool on);
     void setGroupPolygonEditChecked(int groupId, int ruleIndex, bool on);
+    bool isPolygonDrawChecked() const;
+    bool isPolygonEditChecked(int ruleIndex) const;
 
     // Writes every row's rule into the dataset's filter, in row order.
     void storeRules();

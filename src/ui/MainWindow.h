@@ -23,6 +23,7 @@ class QComboBox;
 class QDockWidget;
 class QLabel;
 class QLineEdit;
+class QPolygonF;
 class QPushButton;
 class QSpinBox;
 class QSplitter;
@@ -117,8 +118,9 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
-// datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp and MainWindowIsoelastics.cpp
-// (Young's modulus lines on the plot).
+// datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp, MainWindowIsoelastics.cpp
+// (Young's modulus lines on the plot) and MainWindowPolygons.cpp (polygon gates drawn and edited on
+// the plot).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -212,6 +214,17 @@ public Q_SLOTS:
     void setGroupEnabledInAll(int groupId, bool on);
     void onExportFilterGroups();
     void onImportFilterGroups();
+    // Polygon gates drawn and edited on the plot (MainWindowPolygons.cpp). Ids are those of the
+    // plot's overlays: an own rule's index, or a group-coded id.
+    void onPolygonDrawRequested();
+    void onPolygonDrawCancelRequested();
+    void onAddPolygonToGroupRequested(int groupId);
+    void onPolygonDrawingStopped();
+    void onPolygonCompleted(const QPolygonF& polygon);
+    void onPolygonEditRequested(int ruleIndex, bool on);
+    void onGroupPolygonEditRequested(int groupId, int ruleIndex, bool on);
+    void onPolygonEdited(int id, const QPolygonF& polygon);
+    void onPolygonEditingStopped(int id);
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -279,6 +292,12 @@ private:
     void setupTraceChannels(const DatasetEntry& entry);
     QString datasetLabelHtml(const DatasetEntry* entry) const;
 
+    // Polygon gates.
+    void connectPolygonSignals();
+    void startPolygonEditOf(int id, const FilterRule* rule);
+    const FilterRule* polygonRuleOf(int id) const;
+    void keepPolygonEditValid();
+
     // Session.
     std::vector<DatasetEntry*> datasetList;
     int nextDatasetId = 0;
@@ -327,6 +346,13 @@ private:
     int lastPlotDataset = -1;
     // A one-shot question left by a calculation: has this feature changed (so the zoom must go)?
     std::function<bool(const std::string&)> zoomResetCheck;
+    // The filter group that the polygon being drawn is to join, -1 for the active dataset's own
+    // rules; and the dataset whose own rule is under edit on the plot.
+    int pendingPolygonGroup = -1;
+    int polygonEditDatasetId = -1;
+    // The vertices of the rule under edit as the edit last left them; a rule that no longer has
+    // them has been changed or moved by someone else.
+    std::vector<PlanePoint> polygonEditShape;
     // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
     bool preferRefinedTraces = true;
 

@@ -403,6 +403,7 @@ void MainWindow::connectSignals()
     connect(datasetListWidget, &DatasetListWidget::internalReorderRequested, this, &MainWindow::moveDataset);
     connect(datasetTreeWidget, &DatasetTreeWidget::internalReorderRequested, this,
         &MainWindow::onTreeReorderRequested);
+    connectPolygonSignals();
 
     // A dock of the tabbed place that comes into view repaints the plot once the layout has
     // settled; the metadata tree is filled only when it is seen, so a hidden tab costs nothing.

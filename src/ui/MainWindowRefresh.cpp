@@ -5,6 +5,7 @@
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
 #include "core/FluorescenceChannels.h"
+#include "core/PolygonRuleId.h"
 #include "core/ScaleModes.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
@@ -273,14 +274,17 @@ void MainWindow::updateContours()
 // rule index as id, those of its enabled groups with ids that can't collide with them.
 void MainWindow::updatePolygonOverlays()
 {
+    keepPolygonEditValid();
     scatterPlot->clearPolygonOverlays();
     const DatasetEntry* entry = activeEntry();
     if (!entry)
         return;
     const std::string x = comboKey(xFeatureCombo);
     const std::string y = comboKey(yFeatureCombo);
+    // The polygon under edit is drawn by the plot's edit curve, not as an overlay.
+    const int edited = scatterPlot->isEditing() ? scatterPlot->editId() : -1;
     const auto overlay = [&](const FilterRule& rule, int id) {
-        if (rule.type != PolygonRule || rule.featureName != x || rule.featureNameY != y)
+        if (rule.type != PolygonRule || rule.featureName != x || rule.featureNameY != y || id == edited)
             return;
         QPolygonF polygon;
         for (const auto& vertex : rule.polygonVertices)
@@ -294,7 +298,7 @@ void MainWindow::updatePolygonOverlays()
         if (!isGroupEnabled(entry, group->id))
             continue;
         for (std::size_t j = 0; j < group->rules.size(); ++j)
-            overlay(group->rules[j], (group->id + 100) * 10000 + static_cast<int>(j));
+            overlay(group->rules[j], groupRuleId(group->id, static_cast<int>(j)));
     }
 }
 
