@@ -172,10 +172,10 @@ public:
     const std::vector<double>& plottedColor() const { return plotColor; }
     const std::vector<int>& plottedEvents() const { return visibleIndices; }
 
-public Q_SLOTS:
     // The one Young's modulus engine, which keeps its tables for the life of the window.
     EModulus* emodulus();
 
+public Q_SLOTS:
     // Shows a failure that escaped an event handler, with the offer of a feedback report. Reports
     // that arrive while such a dialog is open are dropped, so that a repeating fault can't stack
     // dialogs.
