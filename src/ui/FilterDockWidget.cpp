@@ -15,6 +15,8 @@ FilterDockWidget::FilterDockWidget(QWidget* parent)
     : QWidget(parent)
     , datasetLabel(new QLabel(noDatasetText, this))
 {
+    // Dataset names are text, never markup.
+    datasetLabel->setTextFormat(Qt::PlainText);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(datasetLabel);
     layout->addStretch(1);

@@ -35,6 +35,7 @@ MainWindow::MainWindow(QWidget* parent)
     resize(1400, 900);
     setAcceptDrops(true);
     updateApplyPlotButton();
+    setupFirstStart();
 }
 
 MainWindow::~MainWindow()

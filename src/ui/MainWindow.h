@@ -40,6 +40,7 @@ class DatasetTreeWidget;
 class FilterDockWidget;
 class ImageViewer;
 class ScatterPlot;
+class StartPanel;
 class StatisticsDockWidget;
 class TracePlot;
 
@@ -80,6 +81,7 @@ inline const QString failedToReadFeatureText = QStringLiteral("Failed to read fe
 inline const QString densityLabel = QStringLiteral("Density");
 inline const QString eventTitle = QStringLiteral("Event %1");
 inline const QString withMaskSuffix = QStringLiteral(" (with mask)");
+inline const QString noImageInFileText = QStringLiteral("No image in this file");
 inline const QString xScaleToolTip = QStringLiteral("X-axis scale mode");
 inline const QString yScaleToolTip = QStringLiteral("Y-axis scale mode");
 inline const QString logWarningItem = QStringLiteral("Log ⚠");
@@ -115,7 +117,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
-// dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
+// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
+// MainWindowStart.cpp (the start panel and the entries of features not built yet).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -178,6 +181,8 @@ public Q_SLOTS:
     void onMaskToggled(bool checked);
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
+    // Opens the example datasets that the start panel offers.
+    void openExampleData();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -197,6 +202,7 @@ private Q_SLOTS:
     void onScaleModeChanged();
     void updateContours();
     void updateIsoelastics();
+    void updateStartPanel();
 
 private:
     // Construction, by concern.
@@ -206,6 +212,7 @@ private:
     QWidget* createPlotSettings();
     void createMenus();
     void connectSignals();
+    void setupFirstStart();
 
     // Datasets.
     std::unique_ptr<DatasetEntry> openEntry(const QString& path);
@@ -328,6 +335,9 @@ private:
     ImageViewer* imageViewer = nullptr;
     TracePlot* tracePlot = nullptr;
     QTableWidget* eventTable = nullptr;
+
+    // First start: the panel over the empty plot.
+    StartPanel* startPanel = nullptr;
 
     // Menus.
     QActionGroup* colorMapActions = nullptr;

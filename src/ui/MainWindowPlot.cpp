@@ -154,10 +154,15 @@ void MainWindow::showActiveDataset()
     filterDock->setDataset(entry);
     // The refresh also places the highlight, through the plot's own indices.
     onFilterChanged();
-    if (reader.hasImage() && entry->currentEventIndex >= 0)
+    // A file without images still has the event table; its "Image" tab says why it stays empty.
+    if (reader.eventCount() > 0 && entry->currentEventIndex >= 0)
         showEventData(entry->currentEventIndex);
-    else
+    else if (reader.hasImage())
         imageViewer->clearImage();
+    else
+        imageViewer->clearImage(MainWindowTexts::noImageInFileText);
+    if (!reader.hasImage())
+        eventTabs->setCurrentIndex(eventTabs->indexOf(eventTable));
 }
 
 void MainWindow::populateFeatureCombos()

@@ -306,10 +306,11 @@ void MainWindow::updatePolygonOverlays()
     }
 }
 
+// A file without images still shows the clicked event's values in the event table.
 void MainWindow::onPointClicked(int index)
 {
     DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->hasImage() || index < 0)
+    if (!entry || index < 0)
         return;
     int event = index;
     if (!visibleIndices.empty()) {
@@ -331,8 +332,7 @@ void MainWindow::onPointClicked(int index)
 void MainWindow::onEventSpinBoxChanged(int index)
 {
     DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->hasImage() || index < 0
-        || index >= static_cast<int>(entry->reader->eventCount()))
+    if (!entry || index < 0 || index >= static_cast<int>(entry->reader->eventCount()))
         return;
     entry->currentEventIndex = index;
     if (visibleIndices.empty()) {
@@ -363,7 +363,9 @@ void MainWindow::showEventData(int event)
     VQDReader& reader = *entry->reader;
     const auto index = static_cast<std::size_t>(event);
 
-    if (reader.hasImage()) {
+    if (!reader.hasImage()) {
+        imageViewer->clearImage(MainWindowTexts::noImageInFileText);
+    } else {
         int width = 0;
         int height = 0;
         const std::vector<std::uint8_t> image = reader.getImage(index, &width, &height);
