@@ -76,6 +76,8 @@ ImageViewer::ImageViewer(QWidget* parent)
 
     m_infoLabel = new QLabel(QString::fromUtf8(noImage), this);
     m_infoLabel->setObjectName("infoLabel");
+    // In a narrow panel the title wraps rather than widening the viewer.
+    m_infoLabel->setWordWrap(true);
 
     m_imageLabel = new QLabel;
     m_imageLabel->setObjectName("imageLabel");

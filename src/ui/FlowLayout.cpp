@@ -1,5 +1,6 @@
 #include "ui/FlowLayout.h"
 
+#include <QTimer>
 #include <QWidget>
 #include <algorithm>
 #include <utility>
@@ -92,8 +93,13 @@ void FlowLayout::setGeometry(const QRect& rect)
     const int height = arrange(rect, true);
     if (height != arrangedHeight) {
         arrangedHeight = height;
-        // The minimum height changed with the number of lines; the parents measure again.
-        invalidate();
+        // The minimum height changed with the number of lines; the parents measure again once this
+        // round of layout is over.
+        QTimer::singleShot(0, this, [this] {
+            invalidate();
+            if (QWidget* owner = parentWidget())
+                owner->updateGeometry();
+        });
     }
 }
 

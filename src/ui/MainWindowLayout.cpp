@@ -7,6 +7,7 @@
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
 #include "ui/MainWindow.h"
+#include "ui/NameColumnLimiter.h"
 #include "ui/StatisticsDockWidget.h"
 #include "ui/TwoPartLayout.h"
 
@@ -106,6 +107,7 @@ void MainWindow::createDocks()
     metadataTree->setHeaderLabels({ QStringLiteral("Parameter"), QStringLiteral("Value") });
     metadataTree->header()->setStretchLastSection(true);
     metadataTree->setTextElideMode(Qt::ElideMiddle);
+    new NameColumnLimiter(metadataTree, 0.5);
     metadataDock = makeDock(QStringLiteral("Metadata"), metadataTree, this, false);
     metadataDock->setMinimumWidth(200);
 
@@ -217,7 +219,7 @@ QWidget* MainWindow::createCentralPanel()
     imageSplitter->setStretchFactor(0, 3);
     imageSplitter->setStretchFactor(1, 1);
     // The traces stay readable in a narrow panel; the plot beside them comes first.
-    tracePlot->setMinimumSize(120, 100);
+    tracePlot->setMinimumSize(120, 70);
     eventTabs->addTab(imageSplitter, QStringLiteral("Image"));
 
     eventTable = new QTableWidget(0, 2, eventTabs);
@@ -231,6 +233,7 @@ QWidget* MainWindow::createCentralPanel()
     // its tool tip has all of it.
     eventTable->setTextElideMode(Qt::ElideMiddle);
     eventTable->setWordWrap(false);
+    new NameColumnLimiter(eventTable, 0.6);
     eventTabs->addTab(eventTable, QStringLiteral("Event Data"));
 
     splitter->addWidget(scatterPlot);
@@ -240,6 +243,7 @@ QWidget* MainWindow::createCentralPanel()
     splitter->setChildrenCollapsible(false);
     // Narrower tabs than elsewhere, so that both titles stay whole beside the plot on a small screen.
     eventTabs->setStyleSheet(QStringLiteral("QTabBar::tab { padding: 6px 8px; }"));
+    eventTabs->setUsesScrollButtons(false);
     layout->addWidget(splitter, 1);
     return central;
 }
@@ -288,43 +292,53 @@ QWidget* MainWindow::createPlotSettings()
     grid->addWidget(colorFeatureCombo, 2, 1, 1, 2);
     grid->setColumnStretch(1, 1);
 
+    // The contour controls, and the apply button beside them or, when narrow, below them.
     auto* contourHalf = new QWidget(box);
-    auto* contourGrid = new QGridLayout(contourHalf);
+    auto* contourControls = new QWidget(contourHalf);
+    auto* contourGrid = new QGridLayout(contourControls);
     contourGrid->setContentsMargins(0, 0, 0, 0);
-    contourGrid->setHorizontalSpacing(4);
+    contourGrid->setHorizontalSpacing(3);
     contourGrid->setVerticalSpacing(2);
-    contourCombo = new QComboBox(contourHalf);
+    contourCombo = new QComboBox(contourControls);
     contourCombo->setObjectName(QStringLiteral("contourCombo"));
     contourCombo->addItems({ QStringLiteral("Off"), QStringLiteral("Overlay"), QStringLiteral("Only") });
-    innerContourSpinBox = makePercentSpinBox(10, contourHalf);
+    innerContourSpinBox = makePercentSpinBox(10, contourControls);
     innerContourSpinBox->setObjectName(QStringLiteral("innerContourSpinBox"));
-    outerContourSpinBox = makePercentSpinBox(67, contourHalf);
+    outerContourSpinBox = makePercentSpinBox(67, contourControls);
     outerContourSpinBox->setObjectName(QStringLiteral("outerContourSpinBox"));
-    isoelasticsCheckBox = new QCheckBox(QStringLiteral("Isoelastics"), contourHalf);
+    isoelasticsCheckBox = new QCheckBox(QStringLiteral("Isoelastics"), contourControls);
     isoelasticsCheckBox->setToolTip(QStringLiteral("Show isoelasticity lines"));
-    isoelasticLabelsCheckBox = new QCheckBox(QStringLiteral("Labels"), contourHalf);
+    isoelasticLabelsCheckBox = new QCheckBox(QStringLiteral("Labels"), contourControls);
     isoelasticLabelsCheckBox->setToolTip(QStringLiteral("Show kPa labels on isoelasticity lines"));
     applyPlotSettingsButton
-        = new QPushButton(QStringLiteral("Apply Plot Settings\nto All Datasets"), contourHalf);
+        = new QPushButton(QStringLiteral("Apply Plot Settings\nto All Datasets"), contourControls);
     applyPlotSettingsButton->setObjectName(QStringLiteral("applyPlotSettingsButton"));
     applyPlotSettingsButton->setToolTip(MainWindowTexts::applyButtonToolTip);
-    // The button keeps its two lines whole; it never shrinks below them.
-    applyPlotSettingsButton->setSizePolicy(QSizePolicy::Minimum, QSizePolicy::Minimum);
+    // The button keeps its two lines whole, also in the bold of its highlight, so that lighting up
+    // doesn't move the controls around it.
+    applyPlotSettingsButton->setStyleSheet(MainWindowTexts::applyButtonHighlightSheet);
+    applyPlotSettingsButton->setMinimumSize(applyPlotSettingsButton->sizeHint());
+    applyPlotSettingsButton->setStyleSheet(QString());
 
     // The long label and the check boxes span two columns each, so that the spin box row below
     // them sets the width.
-    contourGrid->addWidget(new QLabel(QStringLiteral("Contour Overlay"), contourHalf), 0, 0, 1, 2);
+    // In a narrow window the long label takes two lines, so that the apply button stays beside
+    // the controls.
+    auto* contourLabel = new QLabel(QStringLiteral("Contour Overlay"), contourControls);
+    contourLabel->setWordWrap(true);
+    contourGrid->addWidget(contourLabel, 0, 0, 1, 2);
     contourGrid->addWidget(contourCombo, 0, 2, 1, 2);
-    contourGrid->addWidget(new QLabel(QStringLiteral("Inner"), contourHalf), 1, 0);
+    contourGrid->addWidget(new QLabel(QStringLiteral("Inner"), contourControls), 1, 0);
     contourGrid->addWidget(innerContourSpinBox, 1, 1);
-    contourGrid->addWidget(new QLabel(QStringLiteral("Outer"), contourHalf), 1, 2);
+    contourGrid->addWidget(new QLabel(QStringLiteral("Outer"), contourControls), 1, 2);
     contourGrid->addWidget(outerContourSpinBox, 1, 3);
     contourGrid->addWidget(isoelasticsCheckBox, 2, 0, 1, 2);
     contourGrid->addWidget(isoelasticLabelsCheckBox, 2, 2, 1, 2);
-    contourGrid->addWidget(applyPlotSettingsButton, 0, 4, 3, 1);
+    auto* contourParts = new TwoPartLayout(contourHalf, contourControls, applyPlotSettingsButton, false);
+    contourParts->setContentsMargins(0, 0, 0, 0);
 
     auto* halves = new TwoPartLayout(box, axisHalf, contourHalf);
-    halves->setContentsMargins(6, 2, 6, 4);
+    halves->setContentsMargins(2, 2, 2, 4);
     return box;
 }
 

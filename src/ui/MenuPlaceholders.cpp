@@ -3,34 +3,44 @@
 #include <QAction>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMetaMethod>
+#include <map>
 
 namespace Tessaly {
 
 namespace {
 
-// Whether anything listens to an action is a protected question of QObject; a pointer to the
-// inherited member, taken in a derived class, may ask it of any object.
+// How many connections an action's signals have is a protected question of QObject; a pointer to
+// the inherited member, taken in a derived class, may ask it of any object.
 struct ConnectionQuery : QAction
 {
-    static bool isConnected(const QAction* action)
+    static int listeners(const QAction* action)
     {
-        const auto query = &ConnectionQuery::isSignalConnected;
-        return (action->*query)(QMetaMethod::fromSignal(&QAction::triggered))
-            || (action->*query)(QMetaMethod::fromSignal(&QAction::toggled));
+        const auto receiversOf = &ConnectionQuery::receivers;
+        return (action->*receiversOf)(SIGNAL(triggered(bool)))
+            + (action->*receiversOf)(SIGNAL(toggled(bool)));
     }
 };
 
-void disableIn(const QList<QAction*>& actions)
+// Every menu that shows an action listens to it itself; only listeners beyond those do the work.
+void countMenus(const QList<QAction*>& actions, std::map<const QAction*, int>& menus)
+{
+    for (const QAction* action : actions) {
+        ++menus[action];
+        if (const QMenu* menu = action->menu())
+            countMenus(menu->actions(), menus);
+    }
+}
+
+void disableIn(const QList<QAction*>& actions, const std::map<const QAction*, int>& menus)
 {
     for (QAction* action : actions) {
         if (action->isSeparator())
             continue;
         if (QMenu* menu = action->menu()) {
-            disableIn(menu->actions());
+            disableIn(menu->actions(), menus);
             continue;
         }
-        if (!ConnectionQuery::isConnected(action))
+        if (ConnectionQuery::listeners(action) <= menus.at(action))
             action->setEnabled(false);
     }
 }
@@ -39,8 +49,14 @@ void disableIn(const QList<QAction*>& actions)
 
 void disableUnconnectedEntries(QMenuBar* bar)
 {
-    if (bar)
-        disableIn(bar->actions());
+    if (!bar)
+        return;
+    std::map<const QAction*, int> menus;
+    for (const QAction* action : bar->actions()) {
+        if (const QMenu* menu = action->menu())
+            countMenus(menu->actions(), menus);
+    }
+    disableIn(bar->actions(), menus);
 }
 
 } // namespace Tessaly

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QLayout>
+#include <utility>
 
 class QFrame;
 
@@ -13,8 +14,9 @@ namespace Tessaly {
 class TwoPartLayout : public QLayout
 {
 public:
-    // The parts and the line become children of `parent`, which gets this layout.
-    TwoPartLayout(QWidget* parent, QWidget* first, QWidget* second);
+    // The parts and the line become children of `parent`, which gets this layout. Without a line
+    // the parts are only set apart by a gap.
+    TwoPartLayout(QWidget* parent, QWidget* first, QWidget* second, bool withLine = true);
     ~TwoPartLayout() override;
 
     void addItem(QLayoutItem* item) override;
@@ -35,12 +37,14 @@ public:
 
 private:
     int partHeight(const QLayoutItem* item, int width) const;
+    std::pair<int, int> sideBySideWidths(int innerWidth) const;
     QSize widthsNeeded() const;
 
     QLayoutItem* firstItem = nullptr;
     QLayoutItem* secondItem = nullptr;
     QLayoutItem* lineItem = nullptr;
     QFrame* line = nullptr;
+    int lineSpace = 0;
     bool sideBySide = true;
 };
 

@@ -1,6 +1,6 @@
 // Shows the main window on the offscreen platform with the given measurement files at a few window
 // sizes, saves a picture of each, and prints where the plot and its neighbours landed. For looking at
-// layout changes without a display:
+// layout changes without a display (SHOTS_DEBUG=1 also lists the size hints of the visible widgets):
 //
 //     build/tools/tessaly-screenshots /tmp/shots build/examples/*.vqd
 #include "app/Theme.h"
@@ -60,7 +60,8 @@ int main(int argc, char** argv)
     window.show();
     for (const QString& file : args.mid(1))
         window.openDataset(file);
-    QTest::qWaitFor([&] { return !window.isPreloadRunning(); }, 60000);
+    if (!QTest::qWaitFor([&] { return !window.isPreloadRunning(); }, 60000))
+        std::fprintf(stderr, "the files were still loading after a minute\n");
     QTest::qWait(200);
 
     std::printf(
@@ -78,8 +79,21 @@ int main(int argc, char** argv)
         report("event tabs", window.findChild<QTabWidget*>());
         report("Datasets", window.findChild<QDockWidget*>(QStringLiteral("Datasets")));
         report("Filters", window.findChild<QDockWidget*>(QStringLiteral("Filters")));
+        if (qEnvironmentVariableIsSet("SHOTS_DEBUG")) {
+            for (QWidget* w : window.findChildren<QWidget*>()) {
+                if (!w->isVisible() || w->width() < 100)
+                    continue;
+                std::printf("    %-30s %-25s geo %4d,%4d %4dx%-4d min %4dx%-4d hint %4dx%-4d\n",
+                    w->metaObject()->className(), qPrintable(w->objectName()), w->x(), w->y(), w->width(),
+                    w->height(), w->minimumSizeHint().width(), w->minimumSizeHint().height(),
+                    w->sizeHint().width(), w->sizeHint().height());
+            }
+        }
         const QString name = QStringLiteral("main-%1x%2.png").arg(size.width()).arg(size.height());
         window.grab().save(out.filePath(name));
+        if (auto* stats = window.findChild<QDockWidget*>(QStringLiteral("Plot Statistics")))
+            stats->grab().save(
+                out.filePath(QStringLiteral("statistics-%1x%2.png").arg(size.width()).arg(size.height())));
         for (QDockWidget* dock : window.findChildren<QDockWidget*>()) {
             if (dock->objectName() != QLatin1String("Metadata"))
                 continue;
