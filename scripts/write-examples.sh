@@ -29,7 +29,14 @@ write() {
     echo "write-examples: wrote $target"
 }
 
-# One line per example file. Other example files (e.g. a demonstration look-up table) go here too,
-# written the same way: to a temporary name, renamed when complete.
-write control.vqd --events 2500 --sample "Control" --seed 1
-write treated.vqd --events 2500 --sample "Treated" --deform-scale 1.4 --fluorescent-fraction 0.6 --seed 2
+# One line per example file, written side by side. Other example files (e.g. a demonstration
+# look-up table) go here too, written the same way: to a temporary name, renamed when complete.
+write control.vqd --events 1500 --sample "Control" --seed 1 &
+write treated.vqd --events 1500 --sample "Treated" --deform-scale 1.4 --fluorescent-fraction 0.6 --seed 2 &
+
+# Every writer must have succeeded.
+status=0
+for job in $(jobs -p); do
+    wait "$job" || status=1
+done
+exit $status
