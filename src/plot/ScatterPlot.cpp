@@ -170,6 +170,11 @@ void ScatterPlot::setupPlot()
         item->setItemAttribute(QwtPlotItem::AutoScale, false);
     dataBounds = new DataBoundsItem;
     dataBounds->attach(this);
+    // An empty plot starts with the same neutral range it returns to when it is emptied.
+    for (const int axis : { int(QwtPlot::xBottom), int(QwtPlot::yLeft) }) {
+        setAxisScale(axis, 0.0, 1.0);
+        setAxisAutoScale(axis, true);
+    }
 
     QColor polygonPenColor = polygonColor;
     polygonPenColor.setAlpha(200);

@@ -104,10 +104,14 @@ bool StartPanel::eventFilter(QObject* watched, QEvent* event)
 void StartPanel::place()
 {
     const QWidget* host = parentWidget();
-    const int width = std::max(1, std::min(panelWidth, host->width() - 2 * hostMargin));
+    // Never narrower than its button and words need: better a panel that reaches the host's edge
+    // than a cut text.
+    const int width
+        = std::max(layout()->minimumSize().width(), std::min(panelWidth, host->width() - 2 * hostMargin));
     const int height = layout()->hasHeightForWidth() ? layout()->totalHeightForWidth(width)
                                                      : layout()->totalSizeHint().height();
-    setGeometry((host->width() - width) / 2, std::max(0, (host->height() - height) / 2), width, height);
+    setGeometry(
+        std::max(0, (host->width() - width) / 2), std::max(0, (host->height() - height) / 2), width, height);
 }
 
 } // namespace Tessaly

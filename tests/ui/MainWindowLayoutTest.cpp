@@ -3,6 +3,7 @@
 #include "plot/ScatterPlot.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
 #include <QLabel>
@@ -187,6 +188,24 @@ TEST_F(MainWindowLayout, PlotTakesTheCentreAndNothingOverlapsOrIsCut)
         EXPECT_EQ(overlappingSiblings(&w).join("; ").toStdString(), "");
         EXPECT_EQ(cutTexts(&w).join("; ").toStdString(), "");
         window.reset();
+    }
+}
+
+// The scale choices show whole, in the box and in the list that drops down, also when "Log" carries
+// its warning sign.
+TEST_F(MainWindowLayout, ScaleChoicesAreNotCut)
+{
+    MainWindow& w = showWithData({ 1024, 700 });
+    for (const char* name : { "xScaleCombo", "yScaleCombo" }) {
+        auto* combo = w.findChild<QComboBox*>(name);
+        ASSERT_NE(combo, nullptr);
+        combo->setItemText(1, MainWindowTexts::logWarningItem);
+        EXPECT_GE(combo->width(), combo->sizeHint().width()) << name;
+        combo->showPopup();
+        QAbstractItemView* list = combo->view();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(list->window()));
+        EXPECT_GE(list->viewport()->width(), list->sizeHintForColumn(0)) << name;
+        combo->hidePopup();
     }
 }
 
