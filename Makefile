@@ -39,8 +39,10 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD_DIR) -j $(JOBS)
 
+# A first start finds example datasets in $(BUILD_DIR)/examples, written once when missing.
 run: configure
-	@cmake --build $(BUILD_DIR) -j $(JOBS) --target tessaly
+	@cmake --build $(BUILD_DIR) -j $(JOBS) --target tessaly tessaly-example-data
+	@bash scripts/write-examples.sh $(BUILD_DIR)
 	@$(BUILD_DIR)/src/tessaly
 
 test: build

@@ -262,6 +262,10 @@ QTabBar::tab:disabled {
     background-color: #f0f1f3;
     color: #a0a4aa;
 }
+/* The tabs of docks that share a place: three titles fit a dock at its least width. */
+QMainWindow > QTabBar::tab {
+    padding: 5px 8px;
+}
 
 QSplitter::handle {
     background-color: #dcdee2;

@@ -1,12 +1,12 @@
 #include "plot/ImageViewer.h"
 
 #include "core/SaveFileSuffix.h"
+#include "ui/FlowLayout.h"
 
 #include <QCheckBox>
 #include <QContextMenuEvent>
 #include <QFile>
 #include <QFileDialog>
-#include <QHBoxLayout>
 #include <QImage>
 #include <QLabel>
 #include <QMenu>
@@ -76,6 +76,8 @@ ImageViewer::ImageViewer(QWidget* parent)
 
     m_infoLabel = new QLabel(QString::fromUtf8(noImage), this);
     m_infoLabel->setObjectName("infoLabel");
+    // In a narrow panel the title wraps rather than widening the viewer.
+    m_infoLabel->setWordWrap(true);
 
     m_imageLabel = new QLabel;
     m_imageLabel->setObjectName("imageLabel");
@@ -107,14 +109,14 @@ ImageViewer::ImageViewer(QWidget* parent)
         emit autoContrastToggled(checked);
     });
 
-    auto* controls = new QHBoxLayout;
+    // In a narrow panel the controls wrap onto further lines rather than cut their texts.
+    auto* controls = new FlowLayout;
     controls->addWidget(zoomInButton);
     controls->addWidget(zoomOutButton);
     controls->addWidget(actualSizeButton);
     controls->addWidget(fitButton);
     controls->addWidget(m_showMaskBox);
     controls->addWidget(m_autoContrastBox);
-    controls->addStretch();
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_infoLabel);
@@ -160,12 +162,17 @@ void ImageViewer::setImageWithMask(const std::vector<std::uint8_t>& pixels,
 
 void ImageViewer::clearImage()
 {
+    clearImage(QString::fromUtf8(ImageViewerText::noImage));
+}
+
+void ImageViewer::clearImage(const QString& info)
+{
     m_currentImage.release();
     m_originalImage.release();
     m_maskImage.release();
     m_imageLabel->clear();
     m_imageLabel->resize(0, 0);
-    m_infoLabel->setText(QString::fromUtf8(ImageViewerText::noImage));
+    m_infoLabel->setText(info);
 }
 
 void ImageViewer::updateDisplay()

@@ -62,6 +62,8 @@ public:
     void setImageWithMask(const std::vector<std::uint8_t>& pixels, const std::vector<std::uint8_t>& mask,
         int width, int height, const QString& info);
     void clearImage();
+    // Empties the view and says why there is nothing to see, e.g. for a file without images.
+    void clearImage(const QString& info);
     // Draws the image again with the current contrast, mask and zoom.
     void updateDisplay();
 

@@ -1,9 +1,12 @@
 #include "plot/ScatterPlot.h"
 
+#include "core/AxisRange.h"
 #include "core/ScaleModes.h"
 #include "plot/ColorMaps.h"
 #include "plot/CurveOverlay.h"
 #include "plot/LiftableCurve.h"
+#include "plot/DataBoundsItem.h"
+#include "plot/HighlightSymbol.h"
 #include "plot/PlotLayoutAccess.h"
 #include "plot/PseudoLogScaleEngine.h"
 #include "plot/RoundSpectroCurve.h"
@@ -39,7 +42,6 @@ namespace {
 constexpr double pickRadius = 0.05;
 
 const QColor plainColor(0, 68, 108);
-const QColor highlightColor(254, 204, 0);
 const QColor polygonColor(255, 0, 0);
 const QColor disabledPolygonColor(160, 160, 160);
 const QColor isoelasticLineColor(180, 180, 180);
@@ -47,6 +49,8 @@ const QColor isoelasticLabelColor(150, 150, 150);
 
 constexpr double contourZ = 40.0;
 constexpr double overlayZ = 50.0;
+// The selected event stays on top of contours and gates, below a polygon being drawn.
+constexpr double highlightZ = 90.0;
 constexpr double drawCurveZ = 100.0;
 constexpr double editCurveZ = 101.0;
 constexpr double isoelasticLineZ = -10.0;
@@ -146,9 +150,21 @@ void ScatterPlot::setupPlot()
     highlightCurve = new QwtPlotCurve;
     highlightCurve->setStyle(QwtPlotCurve::NoCurve);
     highlightCurve->setRenderHint(QwtPlotItem::RenderAntialiased, true);
-    highlightCurve->setSymbol(ellipseSymbol(highlightColor, itemPen(highlightColor, 2.0), 12));
+    highlightCurve->setSymbol(new HighlightSymbol);
+    highlightCurve->setZ(highlightZ);
     highlightCurve->setVisible(false);
     highlightCurve->attach(this);
+
+    // The points leave the auto scale to the bounds item, which knows what each axis can draw.
+    for (QwtPlotItem* item : std::initializer_list<QwtPlotItem*> { plainCurve, colorCurve, highlightCurve })
+        item->setItemAttribute(QwtPlotItem::AutoScale, false);
+    dataBounds = new DataBoundsItem;
+    dataBounds->attach(this);
+    // An empty plot starts with the same neutral range it returns to when it is emptied.
+    for (const int axis : { int(QwtPlot::xBottom), int(QwtPlot::yLeft) }) {
+        setAxisScale(axis, 0.0, 1.0);
+        setAxisAutoScale(axis, true);
+    }
 
     QColor polygonPenColor = polygonColor;
     polygonPenColor.setAlpha(200);
@@ -192,6 +208,7 @@ void ScatterPlot::setData(const std::vector<double>& x, const std::vector<double
         clearData();
         return;
     }
+    updateDataBounds();
     setAxisTitle(QwtPlot::xBottom, xLabel);
     setAxisTitle(QwtPlot::yLeft, yLabel);
 
@@ -237,6 +254,16 @@ void ScatterPlot::clearData()
     highlightCurve->setVisible(false);
     // The contours go before the replot, so that none stays on the canvas.
     removeContourCurves();
+    updateDataBounds();
+    setAxisTitle(QwtPlot::yRight, QString());
+    for (const int axis : { int(QwtPlot::xBottom), int(QwtPlot::yLeft) }) {
+        setAxisTitle(axis, QString());
+        // With nothing to scale to, auto scale keeps the range it was last given: a neutral one
+        // that the axis's engine can divide (a log axis has no zero).
+        const bool log = scaleModes[static_cast<std::size_t>(axis)] == LogScale;
+        setAxisScale(axis, log ? 1.0 : 0.0, log ? 10.0 : 1.0);
+        setAxisAutoScale(axis, true);
+    }
     replot();
 }
 
@@ -338,8 +365,27 @@ void ScatterPlot::setAxisScaleMode(int axis, int mode)
     else
         engine = new QwtLinearScaleEngine(10);
     setAxisScaleEngine(axis, engine);
+    if (axis >= 0 && axis < QwtPlot::axisCnt)
+        scaleModes[static_cast<std::size_t>(axis)] = mode;
+    updateDataBounds();
+    if (xData.empty() && (axis == QwtPlot::xBottom || axis == QwtPlot::yLeft)) {
+        const bool log = mode == LogScale;
+        setAxisScale(axis, log ? 1.0 : 0.0, log ? 10.0 : 1.0);
+    }
     setAxisAutoScale(axis, true);
     replot();
+}
+
+int ScatterPlot::axisScaleMode(int axis) const
+{
+    return axis >= 0 && axis < QwtPlot::axisCnt ? scaleModes[static_cast<std::size_t>(axis)] : LinearScale;
+}
+
+void ScatterPlot::updateDataBounds()
+{
+    const bool drawn = xData.size() == yData.size() && !xData.empty();
+    dataBounds->setRanges(drawn ? drawableRange(xData, scaleModes[QwtPlot::xBottom]) : AxisRange {},
+        drawn ? drawableRange(yData, scaleModes[QwtPlot::yLeft]) : AxisRange {});
 }
 
 void ScatterPlot::resetZoom()

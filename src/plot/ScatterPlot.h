@@ -26,6 +26,7 @@ class QwtPlotShapeItem;
 namespace Tessaly {
 
 class CurveOverlay;
+class DataBoundsItem;
 class RoundSpectroCurve;
 class ScatterPlotPicker;
 
@@ -72,7 +73,8 @@ public:
     // clear the plot. The zoom stays as it is.
     void setData(const std::vector<double>& x, const std::vector<double>& y, const QString& xLabel,
         const QString& yLabel, const std::vector<double>& colors = {}, const QString& colorLabel = {});
-    // Empties the points, the colour bar, the highlight and the contours.
+    // Empties the points, the colour bar, the highlight and the contours; the axes lose their titles
+    // and return to a neutral range, so that an empty plot shows nothing of the last one.
     void clearData();
 
     // Marks one point; an index out of range hides the mark.
@@ -83,8 +85,10 @@ public:
     void setColorMapIndex(int index);
     int currentColorMapIndex() const { return colorMapIndex; }
 
-    // Scale mode of an axis (0 linear, 1 log, 2 pseudo-log); the axis goes back to auto scale.
+    // Scale mode of an axis (0 linear, 1 log, 2 pseudo-log); the axis goes back to auto scale. The
+    // auto scale of a log axis spans the positive values only.
     void setAxisScaleMode(int axis, int mode);
+    int axisScaleMode(int axis) const;
     // Auto scale on both data axes.
     void resetZoom();
 
@@ -175,6 +179,8 @@ private:
     // callers make in batches.
     void scheduleReplot();
     QPointF toData(const QPoint& canvasPos) const;
+    // Hands the drawable span of the data to the auto scale.
+    void updateDataBounds();
 
     // The canvas's mouse and keys, one handler per kind of event; each says whether it consumed
     // the event. Only eventFilter calls them.
@@ -235,6 +241,10 @@ private:
     int colorMapIndex = 0;
 
     bool replotScheduled = false;
+
+    // The auto scale's view of the data, and the scale mode of each axis (by QwtPlot axis id).
+    DataBoundsItem* dataBounds = nullptr;
+    std::array<int, QwtPlot::axisCnt> scaleModes {};
 };
 
 } // namespace Tessaly

@@ -3,6 +3,7 @@
 #include "core/DatasetEntry.h"
 
 #include <QFileInfo>
+#include <QTextDocument>
 
 namespace Tessaly {
 
@@ -29,6 +30,11 @@ QStringList datasetDetails(const DatasetEntry& entry, bool reservoirFirst)
     if (!runIndex.isEmpty())
         parts << QStringLiteral("#%1").arg(runIndex);
     return parts;
+}
+
+QString plainToolTip(const QString& text)
+{
+    return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text, Qt::WhiteSpaceNoWrap) : text;
 }
 
 QString sampleOrFileName(const DatasetEntry& entry)

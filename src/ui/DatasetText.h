@@ -17,6 +17,10 @@ QString metadataText(const std::map<std::string, std::string>& section, const ch
 // "Reservoir" first; the status line keeps the order above.
 QStringList datasetDetails(const DatasetEntry& entry, bool reservoirFirst);
 
+// A tool tip that shows `text` as it stands. Qt draws a tool tip as rich text when it looks like
+// markup, so text from a file or a user ("<b>Ctrl</b>") is passed as escaped rich text then.
+QString plainToolTip(const QString& text);
+
 // The name a dataset gets when it has none of its own: the sample name, else the file name.
 QString sampleOrFileName(const DatasetEntry& entry);
 

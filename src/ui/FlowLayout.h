@@ -6,29 +6,35 @@
 namespace Tessaly {
 
 // Lays its items out left to right and starts a new line where the next one would not fit, so that
-// a row of buttons stays whole in a narrow dock instead of clipping its texts.
+// a row of controls keeps every text whole in a narrow panel instead of cutting it. Its minimum
+// width is that of its widest item; its height follows from the width it is given.
 class FlowLayout : public QLayout
 {
 public:
-    explicit FlowLayout(QWidget* parent = nullptr, int spacing = 3);
+    explicit FlowLayout(QWidget* parent = nullptr, int horizontalSpacing = 6, int verticalSpacing = 4);
     ~FlowLayout() override;
 
     void addItem(QLayoutItem* item) override;
-    int count() const override { return static_cast<int>(items.size()); }
-    QLayoutItem* itemAt(int index) const override { return items.value(index); }
+    int count() const override;
+    QLayoutItem* itemAt(int index) const override;
     QLayoutItem* takeAt(int index) override;
-    Qt::Orientations expandingDirections() const override { return {}; }
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override { return arrange(QRect(0, 0, width, 0), false); }
-    QSize sizeHint() const override { return minimumSize(); }
+
+    Qt::Orientations expandingDirections() const override;
+    bool hasHeightForWidth() const override;
+    int heightForWidth(int width) const override;
     QSize minimumSize() const override;
+    QSize sizeHint() const override;
     void setGeometry(const QRect& rect) override;
 
 private:
-    // Places the visible items within `rect` (only measures unless `apply`); returns the height used.
+    // Places the items in `rect` (or only measures, when `apply` is false); returns the height used.
     int arrange(const QRect& rect, bool apply) const;
 
     QList<QLayoutItem*> items;
+    // Height of the lines at the width of the last arrangement.
+    int arrangedHeight = 0;
+    int hSpacing;
+    int vSpacing;
 };
 
 } // namespace Tessaly

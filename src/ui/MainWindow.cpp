@@ -37,6 +37,7 @@ MainWindow::MainWindow(QWidget* parent)
     resize(1400, 900);
     setAcceptDrops(true);
     updateApplyPlotButton();
+    setupFirstStart();
 }
 
 MainWindow::~MainWindow()

@@ -42,6 +42,7 @@ class EModulus;
 class FilterDockWidget;
 class ImageViewer;
 class ScatterPlot;
+class StartPanel;
 class StatisticsDockWidget;
 class TracePlot;
 
@@ -82,6 +83,7 @@ inline const QString failedToReadFeatureText = QStringLiteral("Failed to read fe
 inline const QString densityLabel = QStringLiteral("Density");
 inline const QString eventTitle = QStringLiteral("Event %1");
 inline const QString withMaskSuffix = QStringLiteral(" (with mask)");
+inline const QString noImageInFileText = QStringLiteral("No image in this file");
 inline const QString xScaleToolTip = QStringLiteral("X-axis scale mode");
 inline const QString yScaleToolTip = QStringLiteral("Y-axis scale mode");
 inline const QString logWarningItem = QStringLiteral("Log ⚠");
@@ -119,8 +121,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
 // datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp, MainWindowIsoelastics.cpp
-// (Young's modulus lines on the plot) and MainWindowPolygons.cpp (polygon gates drawn and edited on
-// the plot).
+// (Young's modulus lines on the plot), MainWindowPolygons.cpp (polygon gates drawn and edited on
+// the plot) and MainWindowStart.cpp (the start panel and the entries of features not built yet).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -196,6 +198,8 @@ public Q_SLOTS:
     void onMaskToggled(bool checked);
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
+    // Opens the example datasets that the start panel offers.
+    void openExampleData();
 
     // Filters across datasets: the active dataset is the source.
     void onApplyFilterToAll();
@@ -244,6 +248,7 @@ private Q_SLOTS:
     void onScaleModeChanged();
     void updateContours();
     void updateIsoelastics();
+    void updateStartPanel();
 
 private:
     // Construction, by concern.
@@ -253,6 +258,7 @@ private:
     QWidget* createPlotSettings();
     void createMenus();
     void connectSignals();
+    void setupFirstStart();
 
     // Datasets.
     std::unique_ptr<DatasetEntry> openEntry(const QString& path);
@@ -399,6 +405,9 @@ private:
     ImageViewer* imageViewer = nullptr;
     TracePlot* tracePlot = nullptr;
     QTableWidget* eventTable = nullptr;
+
+    // First start: the panel over the empty plot.
+    StartPanel* startPanel = nullptr;
 
     // Menus.
     QActionGroup* colorMapActions = nullptr;

@@ -22,8 +22,9 @@ QString MainWindow::datasetLabelHtml(const DatasetEntry* entry) const
 {
     QStringList parts = datasetDetails(*entry, true);
     parts << QStringLiteral("%1 events").arg(entry->reader->eventCount());
+    // Names and details come from users and files: text, never markup.
     return QStringLiteral("<b>%1</b> (%2)")
-        .arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")));
+        .arg(entry->displayName.toHtmlEscaped(), parts.join(QStringLiteral(", ")).toHtmlEscaped());
 }
 
 int MainWindow::rowOf(const DatasetEntry* entry) const
@@ -36,7 +37,7 @@ void MainWindow::addDatasetRow(const DatasetEntry* entry)
 {
     auto* item = new QListWidgetItem(datasetLabelHtml(entry));
     item->setData(Qt::UserRole, entry->id);
-    item->setToolTip(QString::fromStdString(entry->filePath));
+    item->setToolTip(plainToolTip(QString::fromStdString(entry->filePath)));
     const QSignalBlocker blocker(datasetListWidget);
     datasetListWidget->addItem(item);
 }
@@ -73,7 +74,7 @@ void MainWindow::rebuildDatasetTree()
                   const DatasetEntry* entry = datasetList[static_cast<std::size_t>(node.datasetIndex)];
                   item->setText(0, datasetLabelHtml(entry));
                   item->setData(0, Qt::UserRole, entry->id);
-                  item->setToolTip(0, QString::fromStdString(entry->filePath));
+                  item->setToolTip(0, plainToolTip(QString::fromStdString(entry->filePath)));
                   item->setFlags((item->flags() | Qt::ItemIsDragEnabled) & ~Qt::ItemIsDropEnabled);
                   if (node.datasetIndex == activeDatasetIndex)
                       activeItem = item;

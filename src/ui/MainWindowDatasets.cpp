@@ -463,7 +463,10 @@ void MainWindow::copyPlotSettings(const DatasetEntry& from, DatasetEntry& to)
 // Empties every view of a dataset and disables the controls that need one.
 void MainWindow::clearDatasetViews()
 {
+    // The plot goes empty with everything drawn over it.
     scatterPlot->clearData();
+    scatterPlot->clearPolygonOverlays();
+    scatterPlot->clearIsoelastics();
     imageViewer->clearImage();
     imageViewer->setMaskControlEnabled(false);
     tracePlot->clearTraces();

@@ -7,14 +7,16 @@
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
 #include "ui/MainWindow.h"
+#include "ui/NameColumnLimiter.h"
 #include "ui/StatisticsDockWidget.h"
+#include "ui/TwoPartLayout.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QActionGroup>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDockWidget>
-#include <QFrame>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -61,6 +63,10 @@ QComboBox* makeScaleCombo(const QString& toolTip, QWidget* parent)
     auto* combo = new QComboBox(parent);
     combo->addItems({ QStringLiteral("Linear"), QStringLiteral("Log"), QStringLiteral("PseudoLog") });
     combo->setToolTip(toolTip);
+    // Wide enough for its longest entry, here and in the list that drops down, also when "Log"
+    // carries the warning sign.
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    combo->view()->setMinimumWidth(combo->view()->sizeHintForColumn(0) + 2 * combo->view()->frameWidth());
     return combo;
 }
 
@@ -100,6 +106,8 @@ void MainWindow::createDocks()
     metadataTree->setColumnCount(2);
     metadataTree->setHeaderLabels({ QStringLiteral("Parameter"), QStringLiteral("Value") });
     metadataTree->header()->setStretchLastSection(true);
+    metadataTree->setTextElideMode(Qt::ElideMiddle);
+    new NameColumnLimiter(metadataTree, 0.5);
     metadataDock = makeDock(QStringLiteral("Metadata"), metadataTree, this, false);
     metadataDock->setMinimumWidth(200);
 
@@ -111,6 +119,10 @@ void MainWindow::createDocks()
     tabifyDockWidget(filtersDock, metadataDock);
     filtersDock->raise();
     resizeDocks({ filtersDock, statisticsDockWidget }, { 600, 200 }, Qt::Vertical);
+    // The datasets start at their least width, so that the plot gets the room; the right docks as
+    // wide as the statistics need for two columns of figures. On a small screen both give way to
+    // the plot down to their least widths.
+    resizeDocks({ datasetsDock, filtersDock }, { 200, 340 }, Qt::Horizontal);
 }
 
 QWidget* MainWindow::createDatasetsPanel()
@@ -159,10 +171,15 @@ QWidget* MainWindow::createCentralPanel()
 {
     auto* central = new QWidget(this);
     auto* layout = new QVBoxLayout(central);
+    // Narrow margins leave the width to the plot on a small screen.
+    layout->setContentsMargins(4, 4, 4, 4);
 
     statusLabel = new QLabel(MainWindowTexts::noFileStartText, central);
     statusLabel->setObjectName(QStringLiteral("statusLabel"));
     statusLabel->setStyleSheet(statusLabelSheet);
+    // Dataset names are text, never markup; a long one wraps instead of widening the window.
+    statusLabel->setTextFormat(Qt::PlainText);
+    statusLabel->setWordWrap(true);
     layout->addWidget(statusLabel);
 
     auto* renameRow = new QHBoxLayout;
@@ -201,6 +218,8 @@ QWidget* MainWindow::createCentralPanel()
     imageSplitter->addWidget(tracePlot);
     imageSplitter->setStretchFactor(0, 3);
     imageSplitter->setStretchFactor(1, 1);
+    // The traces stay readable in a narrow panel; the plot beside them comes first.
+    tracePlot->setMinimumSize(120, 70);
     eventTabs->addTab(imageSplitter, QStringLiteral("Image"));
 
     eventTable = new QTableWidget(0, 2, eventTabs);
@@ -210,12 +229,21 @@ QWidget* MainWindow::createCentralPanel()
     eventTable->verticalHeader()->setVisible(false);
     eventTable->horizontalHeader()->setStretchLastSection(true);
     eventTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // A label too long for its column loses its middle, where the unit at its end stays readable;
+    // its tool tip has all of it.
+    eventTable->setTextElideMode(Qt::ElideMiddle);
+    eventTable->setWordWrap(false);
+    new NameColumnLimiter(eventTable, 0.6);
     eventTabs->addTab(eventTable, QStringLiteral("Event Data"));
 
     splitter->addWidget(scatterPlot);
     splitter->addWidget(eventTabs);
     splitter->setStretchFactor(0, 1);
     splitter->setStretchFactor(1, 0);
+    splitter->setChildrenCollapsible(false);
+    // Narrower tabs than elsewhere, so that both titles stay whole beside the plot on a small screen.
+    eventTabs->setStyleSheet(QStringLiteral("QTabBar::tab { padding: 6px 8px; }"));
+    eventTabs->setUsesScrollButtons(false);
     layout->addWidget(splitter, 1);
     return central;
 }
@@ -223,70 +251,96 @@ QWidget* MainWindow::createCentralPanel()
 QWidget* MainWindow::createPlotSettings()
 {
     auto* box = new QGroupBox(QStringLiteral("Plot Settings"), this);
-    auto* grid = new QGridLayout(box);
+    // The axis half and the contour half lie side by side behind a line where the width allows,
+    // one above the other on a narrow screen.
+    auto* axisHalf = new QWidget(box);
+    auto* grid = new QGridLayout(axisHalf);
+    grid->setContentsMargins(0, 0, 0, 0);
     grid->setHorizontalSpacing(4);
     grid->setVerticalSpacing(2);
 
-    xFeatureCombo = new QComboBox(box);
+    xFeatureCombo = new QComboBox(axisHalf);
     xFeatureCombo->setObjectName(QStringLiteral("xFeatureCombo"));
-    yFeatureCombo = new QComboBox(box);
+    yFeatureCombo = new QComboBox(axisHalf);
     yFeatureCombo->setObjectName(QStringLiteral("yFeatureCombo"));
-    colorFeatureCombo = new QComboBox(box);
+    colorFeatureCombo = new QComboBox(axisHalf);
     colorFeatureCombo->setObjectName(QStringLiteral("colorFeatureCombo"));
-    // Wide enough for the longest common label, and no wider however large the window grows.
+    // Wide enough for the longest common label, and no wider however large the window grows. A
+    // combo's wish to show its longest item doesn't widen the window: it takes what the row gives.
     const int maxComboWidth
         = xFeatureCombo->fontMetrics().horizontalAdvance(QStringLiteral("Position along channel axis [µm]"))
         + 60;
-    for (QComboBox* combo : { xFeatureCombo, yFeatureCombo }) {
+    for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo }) {
         combo->setMinimumWidth(150);
-        combo->setMaximumWidth(maxComboWidth);
+        combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        combo->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     }
-    xScaleCombo = makeScaleCombo(MainWindowTexts::xScaleToolTip, box);
+    xFeatureCombo->setMaximumWidth(maxComboWidth);
+    yFeatureCombo->setMaximumWidth(maxComboWidth);
+    xScaleCombo = makeScaleCombo(MainWindowTexts::xScaleToolTip, axisHalf);
     xScaleCombo->setObjectName(QStringLiteral("xScaleCombo"));
-    yScaleCombo = makeScaleCombo(MainWindowTexts::yScaleToolTip, box);
+    yScaleCombo = makeScaleCombo(MainWindowTexts::yScaleToolTip, axisHalf);
     yScaleCombo->setObjectName(QStringLiteral("yScaleCombo"));
 
-    grid->addWidget(new QLabel(QStringLiteral("X Axis"), box), 0, 0);
+    grid->addWidget(new QLabel(QStringLiteral("X Axis"), axisHalf), 0, 0);
     grid->addWidget(xFeatureCombo, 0, 1);
     grid->addWidget(xScaleCombo, 0, 2);
-    grid->addWidget(new QLabel(QStringLiteral("Y Axis"), box), 1, 0);
+    grid->addWidget(new QLabel(QStringLiteral("Y Axis"), axisHalf), 1, 0);
     grid->addWidget(yFeatureCombo, 1, 1);
     grid->addWidget(yScaleCombo, 1, 2);
-    grid->addWidget(new QLabel(QStringLiteral("Color by"), box), 2, 0);
+    grid->addWidget(new QLabel(QStringLiteral("Color by"), axisHalf), 2, 0);
     grid->addWidget(colorFeatureCombo, 2, 1, 1, 2);
+    grid->setColumnStretch(1, 1);
 
-    auto* line = new QFrame(box);
-    line->setFrameShape(QFrame::VLine);
-    line->setFrameShadow(QFrame::Sunken);
-    grid->addWidget(line, 0, 3, 3, 1);
-
-    contourCombo = new QComboBox(box);
+    // The contour controls, and the apply button beside them or, when narrow, below them.
+    auto* contourHalf = new QWidget(box);
+    auto* contourControls = new QWidget(contourHalf);
+    auto* contourGrid = new QGridLayout(contourControls);
+    contourGrid->setContentsMargins(0, 0, 0, 0);
+    contourGrid->setHorizontalSpacing(3);
+    contourGrid->setVerticalSpacing(2);
+    contourCombo = new QComboBox(contourControls);
     contourCombo->setObjectName(QStringLiteral("contourCombo"));
     contourCombo->addItems({ QStringLiteral("Off"), QStringLiteral("Overlay"), QStringLiteral("Only") });
-    innerContourSpinBox = makePercentSpinBox(10, box);
+    innerContourSpinBox = makePercentSpinBox(10, contourControls);
     innerContourSpinBox->setObjectName(QStringLiteral("innerContourSpinBox"));
-    outerContourSpinBox = makePercentSpinBox(67, box);
+    outerContourSpinBox = makePercentSpinBox(67, contourControls);
     outerContourSpinBox->setObjectName(QStringLiteral("outerContourSpinBox"));
-    isoelasticsCheckBox = new QCheckBox(QStringLiteral("Isoelastics"), box);
+    isoelasticsCheckBox = new QCheckBox(QStringLiteral("Isoelastics"), contourControls);
     isoelasticsCheckBox->setToolTip(QStringLiteral("Show isoelasticity lines"));
     isoelasticsCheckBox->setObjectName(QStringLiteral("isoelasticsCheckBox"));
-    isoelasticLabelsCheckBox = new QCheckBox(QStringLiteral("Labels"), box);
+    isoelasticLabelsCheckBox = new QCheckBox(QStringLiteral("Labels"), contourControls);
     isoelasticLabelsCheckBox->setObjectName(QStringLiteral("isoelasticLabelsCheckBox"));
     isoelasticLabelsCheckBox->setToolTip(QStringLiteral("Show kPa labels on isoelasticity lines"));
-    applyPlotSettingsButton = new QPushButton(QStringLiteral("Apply Plot Settings\nto All Datasets"), box);
+    applyPlotSettingsButton
+        = new QPushButton(QStringLiteral("Apply Plot Settings\nto All Datasets"), contourControls);
     applyPlotSettingsButton->setObjectName(QStringLiteral("applyPlotSettingsButton"));
     applyPlotSettingsButton->setToolTip(MainWindowTexts::applyButtonToolTip);
+    // The button keeps its two lines whole, also in the bold of its highlight, so that lighting up
+    // doesn't move the controls around it.
+    applyPlotSettingsButton->setStyleSheet(MainWindowTexts::applyButtonHighlightSheet);
+    applyPlotSettingsButton->setMinimumSize(applyPlotSettingsButton->sizeHint());
+    applyPlotSettingsButton->setStyleSheet(QString());
 
-    grid->addWidget(new QLabel(QStringLiteral("Contour Overlay"), box), 0, 4);
-    grid->addWidget(contourCombo, 0, 5, 1, 2);
-    grid->addWidget(new QLabel(QStringLiteral("Inner"), box), 1, 4);
-    grid->addWidget(innerContourSpinBox, 1, 5);
-    grid->addWidget(new QLabel(QStringLiteral("Outer"), box), 1, 6);
-    grid->addWidget(outerContourSpinBox, 1, 7);
-    grid->addWidget(isoelasticsCheckBox, 2, 4);
-    grid->addWidget(isoelasticLabelsCheckBox, 2, 5);
-    grid->addWidget(applyPlotSettingsButton, 0, 8, 3, 1);
-    grid->setColumnStretch(9, 1);
+    // The long label and the check boxes span two columns each, so that the spin box row below
+    // them sets the width.
+    // In a narrow window the long label takes two lines, so that the apply button stays beside
+    // the controls.
+    auto* contourLabel = new QLabel(QStringLiteral("Contour Overlay"), contourControls);
+    contourLabel->setWordWrap(true);
+    contourGrid->addWidget(contourLabel, 0, 0, 1, 2);
+    contourGrid->addWidget(contourCombo, 0, 2, 1, 2);
+    contourGrid->addWidget(new QLabel(QStringLiteral("Inner"), contourControls), 1, 0);
+    contourGrid->addWidget(innerContourSpinBox, 1, 1);
+    contourGrid->addWidget(new QLabel(QStringLiteral("Outer"), contourControls), 1, 2);
+    contourGrid->addWidget(outerContourSpinBox, 1, 3);
+    contourGrid->addWidget(isoelasticsCheckBox, 2, 0, 1, 2);
+    contourGrid->addWidget(isoelasticLabelsCheckBox, 2, 2, 1, 2);
+    auto* contourParts = new TwoPartLayout(contourHalf, contourControls, applyPlotSettingsButton, false);
+    contourParts->setContentsMargins(0, 0, 0, 0);
+
+    auto* halves = new TwoPartLayout(box, axisHalf, contourHalf);
+    halves->setContentsMargins(2, 2, 2, 4);
     return box;
 }
 

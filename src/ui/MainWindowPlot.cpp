@@ -11,6 +11,7 @@
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
 #include "ui/MainWindow.h"
+#include "ui/NameColumnLimiter.h"
 #include "ui/StatisticsDockWidget.h"
 
 #include <QComboBox>
@@ -154,10 +155,15 @@ void MainWindow::showActiveDataset()
     filterDock->setDataset(entry);
     // The refresh also places the highlight, through the plot's own indices.
     onFilterChanged();
-    if (reader.hasImage() && entry->currentEventIndex >= 0)
+    // A file without images still has the event table; its "Image" tab says why it stays empty.
+    if (reader.eventCount() > 0 && entry->currentEventIndex >= 0)
         showEventData(entry->currentEventIndex);
-    else
+    else if (reader.hasImage())
         imageViewer->clearImage();
+    else
+        imageViewer->clearImage(MainWindowTexts::noImageInFileText);
+    if (!reader.hasImage())
+        eventTabs->setCurrentIndex(eventTabs->indexOf(eventTable));
 }
 
 void MainWindow::populateFeatureCombos()
@@ -245,8 +251,13 @@ void MainWindow::fillMetadataTree()
             return;
         auto* section = new QTreeWidgetItem(metadataTree, { title });
         section->setFont(0, bold);
-        for (const auto& [key, value] : values)
-            new QTreeWidgetItem(section, { QString::fromStdString(key), QString::fromStdString(value) });
+        for (const auto& [key, value] : values) {
+            auto* item = new QTreeWidgetItem(
+                section, { QString::fromStdString(key), QString::fromStdString(value) });
+            // A text elided in the middle is there in full in its tool tip.
+            item->setToolTip(0, plainToolTip(item->text(0)));
+            item->setToolTip(1, plainToolTip(item->text(1)));
+        }
     };
     addSection(QStringLiteral("Experiment"), metadata.experiment);
     addSection(QStringLiteral("Setup"), metadata.setup);
@@ -268,7 +279,9 @@ void MainWindow::fillMetadataTree()
     }
     addSection(QStringLiteral("Other"), other);
     metadataTree->expandAll();
-    metadataTree->resizeColumnToContents(0);
+    // Sized to the names, which get at most half the width, so that the values stay in sight.
+    if (auto* limiter = metadataTree->findChild<NameColumnLimiter*>())
+        limiter->fit();
 }
 
 } // namespace Tessaly

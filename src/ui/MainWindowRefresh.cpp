@@ -10,8 +10,10 @@
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
+#include "ui/DatasetText.h"
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
+#include "ui/NameColumnLimiter.h"
 #include "ui/StatisticsDockWidget.h"
 
 #include <QCheckBox>
@@ -302,10 +304,11 @@ void MainWindow::updatePolygonOverlays()
     }
 }
 
+// A file without images still shows the clicked event's values in the event table.
 void MainWindow::onPointClicked(int index)
 {
     DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->hasImage() || index < 0)
+    if (!entry || index < 0)
         return;
     int event = index;
     if (!visibleIndices.empty()) {
@@ -327,8 +330,7 @@ void MainWindow::onPointClicked(int index)
 void MainWindow::onEventSpinBoxChanged(int index)
 {
     DatasetEntry* entry = activeEntry();
-    if (!entry || !entry->reader->hasImage() || index < 0
-        || index >= static_cast<int>(entry->reader->eventCount()))
+    if (!entry || index < 0 || index >= static_cast<int>(entry->reader->eventCount()))
         return;
     entry->currentEventIndex = index;
     if (visibleIndices.empty()) {
@@ -359,7 +361,9 @@ void MainWindow::showEventData(int event)
     VQDReader& reader = *entry->reader;
     const auto index = static_cast<std::size_t>(event);
 
-    if (reader.hasImage()) {
+    if (!reader.hasImage()) {
+        imageViewer->clearImage(MainWindowTexts::noImageInFileText);
+    } else {
         int width = 0;
         int height = 0;
         const std::vector<std::uint8_t> image = reader.getImage(index, &width, &height);
@@ -393,12 +397,18 @@ void MainWindow::showEventData(int event)
     eventTable->setRowCount(static_cast<int>(features.size()));
     for (std::size_t row = 0; row < features.size(); ++row) {
         auto* label = new QTableWidgetItem(QString::fromStdString(reader.featureLabel(features[row])));
-        label->setToolTip(QString::fromStdString(features[row]));
+        // The label may be elided in a narrow panel: the tool tip has all of it, with the key.
+        label->setData(Qt::UserRole, QString::fromStdString(features[row]));
+        label->setToolTip(
+            plainToolTip(label->text() + QLatin1Char('\n') + QString::fromStdString(features[row])));
         eventTable->setItem(static_cast<int>(row), 0, label);
         const std::vector<double>& column = reader.getFeature(features[row]);
         const QString value = index < column.size() ? QString::number(column[index], 'g', 6) : QString();
         eventTable->setItem(static_cast<int>(row), 1, new QTableWidgetItem(value));
     }
+    // The labels get their width, up to the share that leaves the values readable.
+    if (auto* limiter = eventTable->findChild<NameColumnLimiter*>())
+        limiter->fit();
 }
 
 // The trace plot shows one curve per fluorescence channel named in the metadata.

@@ -1,17 +1,23 @@
 #include "ui/StatisticsDockWidget.h"
 
 #include "stats/DistributionStats.h"
+#include "ui/DatasetText.h"
+#include "ui/WrappingHeaderView.h"
 
+#include <QEvent>
 #include <QHeaderView>
 #include <QTreeWidget>
 #include <QTreeWidgetItem>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace Tessaly {
 
 namespace {
 
 constexpr Qt::Alignment valueAlignment = Qt::AlignRight | Qt::AlignVCenter;
+// Room beside a figure in its cell, or a title in its header section: the margins on both sides.
+constexpr int cellPadding = 14;
 
 QTreeWidgetItem* addRow(QTreeWidget* table, const char* name, const QString& x, const QString& y)
 {
@@ -36,10 +42,15 @@ StatisticsDockWidget::StatisticsDockWidget(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(4, 4, 4, 4);
     layout->addWidget(table);
+    // The headers are axis labels, often longer than a column of a narrow dock: they wrap rather
+    // than being cut, and the two value columns share the room the names leave.
+    table->setHeader(new WrappingHeaderView(table));
     table->setColumnCount(3);
     table->setRootIsDecorated(false);
     table->setAlternatingRowColors(true);
     table->header()->setStretchLastSection(true);
+    table->header()->setMinimumSectionSize(24);
+    table->viewport()->installEventFilter(this);
     clearStatistics();
 }
 
@@ -63,7 +74,41 @@ void StatisticsDockWidget::updateStatistics(
     addRow(table, names[4], figure(sx.median), figure(sy.median));
     addRow(table, names[5], figure(sx.q3), figure(sy.q3));
     addRow(table, names[6], figure(sx.iqr), figure(sy.iqr));
-    table->resizeColumnToContents(0);
+    fitColumns();
+}
+
+bool StatisticsDockWidget::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == table->viewport() && event->type() == QEvent::Resize)
+        fitColumns();
+    return QWidget::eventFilter(watched, event);
+}
+
+// The names take what they need; the two value columns share the rest evenly, so that both fit
+// the dock without a horizontal scroll bar. Each keeps at least the room of its widest figure and
+// of the longest word of its title, which can't wrap; only a dock too narrow for those scrolls.
+void StatisticsDockWidget::fitColumns()
+{
+    QHeaderView* header = table->header();
+    const QFontMetrics metrics = table->fontMetrics();
+    const auto needed = [&](int column) {
+        const QString title = table->headerItem()->text(column);
+        int word = 0;
+        for (const QString& part : title.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+            word = std::max(word, header->fontMetrics().horizontalAdvance(part));
+        int figure = 0;
+        for (int row = 0; row < table->topLevelItemCount(); ++row)
+            figure = std::max(figure, metrics.horizontalAdvance(table->topLevelItem(row)->text(column)));
+        return std::max(word, figure) + cellPadding;
+    };
+    const int names = needed(0);
+    header->resizeSection(0, names);
+    const int rest = std::max(0, table->viewport()->width() - names);
+    const int second = std::max(needed(2), rest / 2);
+    header->resizeSection(1, std::max(needed(1), rest - second));
+    header->resizeSection(2, second);
+    // Wider columns wrap their titles onto fewer lines: the header's height follows.
+    QMetaObject::invokeMethod(table, "updateGeometries", Qt::QueuedConnection);
 }
 
 void StatisticsDockWidget::clearStatistics()
@@ -75,6 +120,9 @@ void StatisticsDockWidget::resetTable(const QString& xLabel, const QString& yLab
 {
     table->clear();
     table->setHeaderLabels({ QString::fromUtf8(StatisticsText::statisticHeader), xLabel, yLabel });
+    table->headerItem()->setToolTip(1, plainToolTip(xLabel));
+    table->headerItem()->setToolTip(2, plainToolTip(yLabel));
+    fitColumns();
 }
 
 } // namespace Tessaly

@@ -34,8 +34,12 @@ public:
     // Empties the table and puts back the header "Statistic", "X", "Y".
     void clearStatistics();
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void resetTable(const QString& xLabel, const QString& yLabel);
+    void fitColumns();
 
     QTreeWidget* table;
 };

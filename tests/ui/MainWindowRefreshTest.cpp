@@ -151,7 +151,7 @@ TEST_F(MainWindowRefresh, AFilteredOutEventLosesItsHighlightUntilTheNextRefresh)
     auto* table = w.findChild<QTableWidget*>("eventTable");
     ASSERT_GT(table->rowCount(), 10);
     for (int row = 0; row < table->rowCount(); ++row) {
-        if (table->item(row, 0)->toolTip() == "index") {
+        if (table->item(row, 0)->data(Qt::UserRole).toString() == "index") {
             EXPECT_EQ(table->item(row, 1)->text(), "4");
         }
     }

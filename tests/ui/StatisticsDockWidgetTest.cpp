@@ -1,6 +1,7 @@
 #include "ui/StatisticsDockWidget.h"
 
 #include <QHeaderView>
+#include <QTest>
 #include <QTreeWidget>
 #include <gtest/gtest.h>
 
@@ -97,4 +98,38 @@ TEST(StatisticsDockWidget, OneEventHasNoSpread)
     QTreeWidget* table = tableOf(dock);
     EXPECT_EQ(column(table, 1), (QStringList { "1", "42.5", "0", "42.5", "42.5", "42.5", "0" }));
     EXPECT_EQ(column(table, 2), (QStringList { "1", "-0.125", "0", "-0.125", "-0.125", "-0.125", "0" }));
+}
+
+// Axis labels are often longer than a column of the dock: they wrap onto further header lines, the
+// figures keep their width, and the table needs no sideways scrolling at the dock's usual width.
+TEST(StatisticsDockWidget, LongLabelsWrapAndFiguresStayWhole)
+{
+    StatisticsDockWidget dock;
+    dock.resize(340, 320);
+    dock.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dock));
+    QTreeWidget* table = tableOf(dock);
+    const QString xLabel = QString::fromUtf8("Position along channel axis [µm]");
+    const QString yLabel = QStringLiteral("Deformation");
+    dock.updateStatistics({ 12.5, 80.3897, 150.25 }, { 0.0490087, 0.0276619, 0.0250863 }, xLabel, yLabel);
+    QTest::qWait(20);
+
+    QHeaderView* header = table->header();
+    EXPECT_LE(header->length(), table->viewport()->width());
+    const QFontMetrics headerMetrics = header->fontMetrics();
+    const QFontMetrics cellMetrics = table->fontMetrics();
+    for (int column = 1; column <= 2; ++column) {
+        const QString label = table->headerItem()->text(column);
+        const int width = header->sectionSize(column);
+        // Every word fits on a line of its own, and the header is tall enough for all lines.
+        for (const QString& word : label.split(' '))
+            EXPECT_LT(headerMetrics.horizontalAdvance(word), width) << word.toStdString();
+        const int lines
+            = headerMetrics.boundingRect(QRect(0, 0, width - 12, 10000), Qt::TextWordWrap, label).height();
+        EXPECT_GE(header->height(), lines) << label.toStdString();
+        for (int row = 0; row < table->topLevelItemCount(); ++row)
+            EXPECT_LT(cellMetrics.horizontalAdvance(table->topLevelItem(row)->text(column)), width);
+    }
+    // The full label is in the header's tool tip.
+    EXPECT_EQ(table->headerItem()->toolTip(1), xLabel);
 }
