@@ -34,7 +34,13 @@ class QTreeWidget;
 namespace Tessaly {
 
 struct DatasetEntry;
+struct CalculationTask;
 class CalculationsDockWidget;
+class EModulus;
+class FLCompensation;
+class FLRefinement;
+class FourierDeform;
+enum class CalculationJob;
 class DatasetListWidget;
 class DatasetTreeWidget;
 class FilterDockWidget;
@@ -115,7 +121,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
-// dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
+// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
+// MainWindowCalculations.cpp (the jobs of the calculations dock).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -132,6 +139,7 @@ public:
     int datasetFolderDepth() const;
     int colorMapIndex() const { return currentColorMapIndex; }
     CalculationsDockWidget* calcDock() const { return calculationsDock; }
+    EModulus* emodulus() const { return emodulusEngine; }
 
     const std::vector<FilterGroup*>& filterGroups() const { return groups; }
     FilterGroup* findFilterGroupById(int id) const;
@@ -179,6 +187,18 @@ public Q_SLOTS:
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
 
+    // Calculations (MainWindowCalculations.cpp): one job at a time on the global thread pool.
+    void onRefineFluorescence();
+    void onCompensateCrosstalk();
+    void onComputeEmodulus();
+    void onComputeFourierDeform();
+
+public:
+    bool isCalculationRunning() const { return calcBusy; }
+    // Hands `work` to the thread pool and keeps `finish` for the interface thread; nothing happens
+    // while another job runs.
+    void runCalculation(std::function<void()> work, std::function<void()> finish);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -197,6 +217,7 @@ private Q_SLOTS:
     void onScaleModeChanged();
     void updateContours();
     void updateIsoelastics();
+    void onCalcFinished();
 
 private:
     // Construction, by concern.
@@ -239,6 +260,16 @@ private:
     void showEventTraces(int event);
     void setupTraceChannels(const DatasetEntry& entry);
     QString datasetLabelHtml(const DatasetEntry* entry) const;
+
+    // Calculations.
+    void createCalculationEngines();
+    void waitForCalculation();
+    DatasetEntry* calculationTarget() const;
+    void finishCalculation(CalculationJob job, const std::vector<int>& datasetIds,
+        const std::shared_ptr<std::vector<char>>& results, std::function<bool(const std::string&)> changed,
+        std::function<void(DatasetEntry&)> mark);
+    void updateCalculationsDock(DatasetEntry& entry);
+    void rebuildRestoredFeatures(DatasetEntry& entry);
 
     // Session.
     std::vector<DatasetEntry*> datasetList;
@@ -287,6 +318,14 @@ private:
     std::function<bool(const std::string&)> zoomResetCheck;
     // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
     bool preferRefinedTraces = true;
+
+    // Calculations: the engines, made once, and the one job that may run.
+    FLRefinement* flRefinement = nullptr;
+    FLCompensation* flCompensation = nullptr;
+    EModulus* emodulusEngine = nullptr;
+    FourierDeform* fourierDeform = nullptr;
+    bool calcBusy = false;
+    std::function<void()> calcFinish;
 
     // Docks and their widgets.
     QDockWidget* datasetsDock = nullptr;

@@ -6,6 +6,7 @@
 #include "core/FeatureCatalogue.h"
 #include "core/FluorescenceChannels.h"
 #include "core/ScaleModes.h"
+#include "io/Hdf5Mutex.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -22,6 +23,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 
 namespace Tessaly {
 
@@ -84,6 +86,9 @@ void MainWindow::onFilterChanged()
     DatasetEntry* entry = activeEntry();
     if (!entry || !entry->reader->isOpen())
         return;
+    // The columns are used by reference throughout; a calculation on the thread pool that replaces
+    // one of them waits for this lock.
+    const std::lock_guard<std::recursive_mutex> readerLock(hdf5Mutex());
     const std::string xKey = comboKey(xFeatureCombo);
     const std::string yKey = comboKey(yFeatureCombo);
     if (xKey.empty() || yKey.empty())
@@ -389,6 +394,7 @@ void MainWindow::showEventData(int event)
 
     showEventTraces(event);
 
+    const std::lock_guard<std::recursive_mutex> readerLock(hdf5Mutex());
     std::vector<std::string> features;
     for (const std::string& name : reader.featureNames()) {
         if (isScalarFeature(name))
