@@ -1,5 +1,9 @@
 #include "ExampleEvents.h"
 
+#include "DemoLookupTable.h"
+#include "calc/EModulusParams.h"
+#include "calc/Viscosity.h"
+
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -80,6 +84,9 @@ ExampleEvents generateEvents(const ExampleSettings& s)
     // Mean speed in a square channel, in mm/s (1 µL/s = 1e9 µm³/s).
     const double meanSpeed = s.flowRate * 1e9 / (s.channelWidth * s.channelWidth) / 1000.0;
     const double dtTrace = 1e6 / s.traceSampleRate; // µs per sample
+    // The medium of the example files is SorvexB; its viscosity sets the cells' moduli.
+    const double viscosity
+        = mediumViscosity(ViscosityHerold2017, MediumSorvexB, s.temperature, s.channelWidth, s.flowRate, 0.0);
     long frame = 1;
     long onlineIndex = 0;
 
@@ -90,8 +97,12 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         const double area = std::clamp(
             small ? 40.0 * std::exp(0.2 * gauss(rng)) : 95.0 * std::exp(0.25 * gauss(rng)), 15.0, 400.0);
         const double softness = small ? 0.6 : 1.0;
-        const double deform = std::clamp(
-            s.deformScale * softness * (0.008 + 0.00035 * area) * std::exp(0.3 * gauss(rng)), 0.002, 0.3);
+        // A cell deforms at least a little beyond what the pixel grid adds to its contour, so that
+        // its modulus (below) is finite.
+        const double leastDeform = std::max(0.002, pixelationCorrection(area, s.pixelSize) + 0.0005);
+        const double deform
+            = std::clamp(s.deformScale * softness * (0.008 + 0.00035 * area) * std::exp(0.3 * gauss(rng)),
+                leastDeform, 0.3);
         const double ratio = ratioForDeformation(area, deform);
         cell.semiAxisY = std::sqrt(area / (kPi * ratio));
         cell.semiAxisX = ratio * cell.semiAxisY;
@@ -131,6 +142,10 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         col["area_cvx"][i] = std::round(areaPx * porosity);
         col["area_ratio"][i] = porosity;
         col["deform"][i] = deform;
+        // The true modulus under the demonstration table's law, for the deformation the contour would
+        // have without pixelation.
+        col["emodulus"][i] = demoModulus(
+            area, deform - pixelationCorrection(area, s.pixelSize), viscosity, s.flowRate, s.channelWidth);
         col["deform_raw"][i] = std::max(0.0, deform + 0.002 * gauss(rng));
         col["circ"][i] = 1.0 - deform;
         col["aspect"][i] = cell.semiAxisX / cell.semiAxisY;

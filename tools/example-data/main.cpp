@@ -1,4 +1,5 @@
 // Writes realistic example measurement files for demos, manual testing and benchmarks.
+#include "DemoLookupTable.h"
 #include "ExampleEvents.h"
 #include "ExampleFileWriter.h"
 
@@ -55,10 +56,22 @@ int main(int argc, char** argv)
         { "fluorescent-fraction", "Share of FL-1 positive cells, 0 to 1 (default 0.3).", "value" },
         { "compression", "none, deflate or zstd (default none).", "kind" },
         { "float32", "Store scalar features as 32-bit floats instead of 64-bit." },
+        { "write-demo-table",
+            "Write a demonstration Young's modulus table (a closed-form law, not a finite-element result) "
+            "to this path, e.g. a folder's LUT_LE_2D_FEM.txt; the output file is then optional.",
+            "path" },
     });
     parser.process(app);
 
     const QStringList positional = parser.positionalArguments();
+    if (parser.isSet("write-demo-table")) {
+        const std::string tablePath = parser.value("write-demo-table").toStdString();
+        if (!writeDemoTable(tablePath))
+            return 1;
+        std::printf("Wrote the demonstration table to %s\n", tablePath.c_str());
+        if (positional.isEmpty())
+            return 0;
+    }
     if (positional.size() != 1) {
         std::fprintf(stderr, "Give exactly one output file. See --help.\n");
         return 2;

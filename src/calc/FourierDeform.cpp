@@ -1,0 +1,140 @@
+#include "calc/FourierDeform.h"
+
+#include "calc/FourierOutline.h"
+#include "io/VQDReader.h"
+
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentMap>
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+#include <numeric>
+
+namespace Tessaly {
+
+namespace {
+
+constexpr double pi = 3.141592653589793;
+// Events per progress step, and events that the thread pool shares out at a time.
+constexpr std::size_t progressStep = 100;
+constexpr std::size_t blocksPerWave = 16;
+
+std::vector<int> orders(int first, int harmonics, int step)
+{
+    std::vector<int> result;
+    for (int k = first; k < harmonics; k += step)
+        result.push_back(k);
+    return result;
+}
+
+FourierResult analyze(const std::vector<cv::Point>& points, int harmonics, bool resample)
+{
+    std::vector<double> angles;
+    std::vector<double> radii;
+    std::vector<double> weights;
+    if (resample) {
+        const std::vector<PolarPoint> sorted = polarHull(points, FourierDeform::hullSubdivisions);
+        radii = resampleRadius(sorted, FourierDeform::gridPoints);
+        angles.resize(radii.size());
+        for (std::size_t j = 0; j < angles.size(); ++j)
+            angles[j] = static_cast<double>(j) * 2.0 * pi / FourierDeform::gridPoints;
+        weights.assign(radii.size(), 2.0 * pi / FourierDeform::gridPoints);
+    } else {
+        for (const PolarPoint& p : polarHull(points, 50)) {
+            angles.push_back(p.theta);
+            radii.push_back(p.r);
+        }
+        weights = angularGapWeights(angles);
+    }
+
+    const HarmonicTable table = harmonicTable(angles, harmonics);
+    const FourierCoefficients coefficients = fourierCoefficients(radii, weights, table);
+    FourierResult result;
+    result.deformOdd
+        = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(1, harmonics, 2)));
+    result.deformEven
+        = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(2, harmonics, 2)));
+    result.deformFc = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(1, harmonics, 1)));
+    return result;
+}
+
+// The three features of one event, left at NaN when its mask has no usable outline.
+void analyzeEvent(VQDReader& reader, std::size_t index, double& odd, double& even, double& fc)
+{
+    try {
+        int width = 0;
+        int height = 0;
+        const std::vector<std::uint8_t> mask = reader.getMask(index, &width, &height);
+        std::vector<cv::Point> outline;
+        if (mask.empty() || !largestOutline(mask, width, height, outline))
+            return;
+        const FourierResult result
+            = FourierDeform::analyzeContour(outline, FourierDeform::harmonicCount, true);
+        // The odd and even parts describe one shape together: both or neither.
+        if (std::isfinite(result.deformOdd) && std::isfinite(result.deformEven)) {
+            odd = result.deformOdd;
+            even = result.deformEven;
+        }
+        if (std::isfinite(result.deformFc))
+            fc = result.deformFc;
+    } catch (...) {
+        // One bad event never stops the others; it keeps its NaN.
+    }
+}
+
+} // namespace
+
+FourierDeform::FourierDeform(QObject* parent)
+    : QObject(parent)
+{
+}
+
+FourierResult FourierDeform::analyzeContour(
+    const std::vector<cv::Point>& points, int harmonics, bool resample)
+{
+    try {
+        return analyze(points, harmonics, resample);
+    } catch (const std::exception& e) {
+        std::cerr << (std::string("[FCA] ") + e.what() + '\n') << std::flush;
+    } catch (...) {
+    }
+    return {};
+}
+
+bool FourierDeform::compute(VQDReader* reader)
+{
+    if (!reader || !reader->hasMask())
+        return false;
+    const auto events = static_cast<std::size_t>(reader->eventCount());
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    std::vector<double> odd(events, nan);
+    std::vector<double> even(events, nan);
+    std::vector<double> fc(events, nan);
+
+    // Events are independent: blocks of them are shared out over the thread pool, a wave at a time, so
+    // that progress can be told in order from this thread. Masks are read under the reader's lock; the
+    // analysis runs beside the next read.
+    std::vector<std::size_t> blocks;
+    for (std::size_t wave = 0; wave < events; wave += progressStep * blocksPerWave) {
+        blocks.clear();
+        for (std::size_t begin = wave; begin < std::min(events, wave + progressStep * blocksPerWave);
+             begin += progressStep) {
+            blocks.push_back(begin);
+            emit progressChanged(
+                static_cast<int>(static_cast<double>(begin) * 100.0 / static_cast<double>(events)));
+        }
+        QtConcurrent::blockingMap(blocks, [&](std::size_t begin) {
+            const std::size_t end = std::min(begin + progressStep, events);
+            for (std::size_t i = begin; i < end; ++i)
+                analyzeEvent(*reader, i, odd[i], even[i], fc[i]);
+        });
+    }
+
+    reader->setFeature("deform_odd", std::move(odd));
+    reader->setFeature("deform_even", std::move(even));
+    reader->setFeature("deform_fc", std::move(fc));
+    emit progressChanged(100);
+    return true;
+}
+
+} // namespace Tessaly
