@@ -1,6 +1,6 @@
 #include "ui/CalculationsDockWidget.h"
 
-#include "core/MeasurementMedium.h"
+#include "calc/MeasurementMedium.h"
 #include "io/VQDMetadata.h"
 #include "ui/CalculationsTexts.h"
 #include "ui/SpilloverTable.h"
@@ -29,7 +29,6 @@ namespace {
 
 constexpr double defaultChannelWidth = 20.0;
 constexpr double defaultFlowRate = 0.04;
-constexpr double defaultPixelSize = 0.34;
 constexpr double defaultTemperature = 23.0;
 
 std::size_t jobIndex(CalculationJob job)
@@ -50,14 +49,6 @@ bool metadataNumber(const std::map<std::string, std::string>& section, const cha
     return ok;
 }
 
-// A positive number of the metadata, else the fallback: a width, flow or pixel size of 0 would make
-// every modulus infinite.
-double positiveOr(const std::map<std::string, std::string>& section, const char* key, double fallback)
-{
-    double value = 0.0;
-    return metadataNumber(section, key, &value) && value > 0.0 ? value : fallback;
-}
-
 QString sizeText(const std::map<std::string, std::string>& section, const char* key, const QString& format)
 {
     double value = 0.0;
@@ -69,9 +60,9 @@ QString sizeText(const std::map<std::string, std::string>& section, const char* 
 QString modelName(int model)
 {
     switch (model) {
-    case HeroldViscosity:
+    case ViscosityHerold2017:
         return CalculationsTexts::heroldModel;
-    case KestinViscosity:
+    case ViscosityKestin1978:
         return CalculationsTexts::kestinModel;
     default:
         return CalculationsTexts::manualModel;
@@ -162,7 +153,7 @@ QWidget* CalculationsDockWidget::createEmodulusPage()
 
     viscosityCombo = new QComboBox(page);
     viscosityCombo->setObjectName(QStringLiteral("viscosityCombo"));
-    viscosityCombo->addItem(CalculationsTexts::heroldModel, HeroldViscosity);
+    viscosityCombo->addItem(CalculationsTexts::heroldModel, ViscosityHerold2017);
     form->addRow(CalculationsTexts::viscosityRow, viscosityCombo);
 
     viscositySpinBox = new QDoubleSpinBox(page);
@@ -446,7 +437,7 @@ void CalculationsDockWidget::fillDeformationSources(bool offered, bool hasFc, bo
 // measurement's temperature for "Meta", editable for "Manual".
 void CalculationsDockWidget::updateTemperatureControl()
 {
-    const bool manualViscosity = viscosityCombo->currentData().toInt() == ManualViscosity;
+    const bool manualViscosity = viscosityCombo->currentData().toInt() == ViscosityManual;
     viscositySpinBox->setReadOnly(!manualViscosity);
     viscositySpinBox->setButtonSymbols(
         manualViscosity ? QAbstractSpinBox::UpDownArrows : QAbstractSpinBox::NoButtons);
@@ -464,7 +455,7 @@ void CalculationsDockWidget::updateTemperatureControl()
 void CalculationsDockWidget::updateViscosity()
 {
     const int model = viscosityCombo->currentData().toInt();
-    if (model == ManualViscosity)
+    if (model == ViscosityManual)
         return;
     EModulusParams params;
     params.viscosityModel = model;
@@ -475,7 +466,7 @@ void CalculationsDockWidget::updateViscosity()
     params.channelWidth = width > 0.0 ? width : defaultChannelWidth;
     params.flowRate = flow > 0.0 ? flow : defaultFlowRate;
     const QSignalBlocker blocker(viscositySpinBox);
-    viscositySpinBox->setValue(viscosity(params, params.temperature));
+    viscositySpinBox->setValue(EModulus::viscosity(params, params.temperature));
 }
 
 double CalculationsDockWidget::labelValue(const QLabel* label, const QString& suffix) const
@@ -494,7 +485,9 @@ EModulusParams CalculationsDockWidget::emodulusParams() const
     params.viscosityModel = viscosityCombo->currentData().toInt();
     params.viscosity = viscositySpinBox->value();
     params.temperature = temperatureSpinBox->value();
-    params.temperatureSource = eventRadio->isChecked() ? 1 : metaRadio->isChecked() ? 2 : 0;
+    params.temperatureSource = eventRadio->isChecked() ? TemperatureEvent
+        : metaRadio->isChecked()                       ? TemperatureMeta
+                                                       : TemperatureManual;
     params.channelWidth = labelValue(channelWidthLabel, CalculationsTexts::micrometreSuffix);
     params.flowRate = labelValue(flowRateLabel, CalculationsTexts::flowRateSuffix);
     params.pixelSize = labelValue(pixelSizeLabel, CalculationsTexts::micrometreSuffix);
@@ -506,30 +499,14 @@ EModulusParams CalculationsDockWidget::emodulusParams() const
 
 EModulusParams CalculationsDockWidget::emodulusParamsFor(const VQDMetadata& metadata, bool allowEvent) const
 {
-    EModulusParams params;
-    params.channelWidth = positiveOr(metadata.setup, "channel width", defaultChannelWidth);
-    params.flowRate = positiveOr(metadata.setup, "flow rate", defaultFlowRate);
-    params.pixelSize = positiveOr(metadata.imaging, "pixel size", defaultPixelSize);
-
-    const auto mediumText = metadata.setup.find("medium");
-    const MeasurementMedium medium
-        = lookUpMedium(mediumText == metadata.setup.end() ? std::string() : mediumText->second);
-    params.medium = medium.code;
-    params.viscosityModel = medium.viscosityModel;
-    // Media without a model of their own take the viscosity the user entered.
-    if (medium.viscosityModel == ManualViscosity)
-        params.viscosity = viscositySpinBox->value();
-
+    // Sizes, medium, model and the measurement's temperature from the dataset's own metadata; media
+    // without a model of their own take the viscosity the user entered.
+    EModulusParams params = emodulusParamsFromMetadata(metadata, false, viscositySpinBox->value());
     if (eventRadio->isChecked() && allowEvent) {
-        params.temperatureSource = 1;
+        params.temperatureSource = TemperatureEvent;
         params.temperature = temperatureSpinBox->value();
-    } else if (metaRadio->isChecked()) {
-        params.temperatureSource = 2;
-        double temperature = defaultTemperature;
-        params.temperature
-            = metadataNumber(metadata.setup, "temperature", &temperature) ? temperature : defaultTemperature;
-    } else {
-        params.temperatureSource = 0;
+    } else if (!metaRadio->isChecked()) {
+        params.temperatureSource = TemperatureManual;
         params.temperature = temperatureSpinBox->value();
     }
     return params;
