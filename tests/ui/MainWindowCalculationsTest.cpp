@@ -1,4 +1,6 @@
+#include "DemoLookupTable.h"
 #include "MainWindowFixture.h"
+#include "calc/EModulus.h"
 #include "io/Hdf5Mutex.h"
 #include "support/FixtureWriter.h"
 #include "ui/CalculationsDockWidget.h"
@@ -8,10 +10,13 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QCryptographicHash>
+#include <QDir>
+#include <QDoubleSpinBox>
 #include <QFile>
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTest>
 #include <atomic>
 #include <cmath>
@@ -389,4 +394,65 @@ TEST_F(MainWindowCalculations, NoYoungsModulusInTheReservoir)
     EXPECT_TRUE(button(CalculationJob::Emodulus)->isEnabled());
     select(2);
     EXPECT_FALSE(button(CalculationJob::Emodulus)->isEnabled());
+}
+
+// Young's modulus of all datasets: each is computed with its own metadata, and where the chosen
+// per-event temperature is missing the dataset falls back to the temperature of the control. Two
+// datasets that differ only in that (events at 30 °C against the control's 26 °C, in water measured
+// at 23 °C) must differ by the ratio of water's viscosity at the two temperatures, whatever the
+// table says: 0.797275 / 0.870256 mPa·s = 0.916139, computed apart from the program; the metadata's
+// 23 °C would give 0.855097. Datasets in the reservoir
+// or without area are left out.
+TEST_F(MainWindowCalculations, YoungsModulusOfAllFallsBackPerDataset)
+{
+    makeWindow();
+    const QString table = folder.filePath("tables/LUT_LE_2D_FEM.txt");
+    QDir().mkpath(folder.filePath("tables"));
+    ASSERT_TRUE(ExampleData::writeDemoTable(table.toStdString()));
+    window->emodulus()->setSearchFolders({ folder.filePath("tables") });
+
+    Columns cells = { { "area_um", { 40, 60, 80, 100, 120, 150 } },
+        { "deform", { 0.02, 0.025, 0.03, 0.03, 0.035, 0.04 } } };
+    Columns withTemperature = cells;
+    withTemperature.push_back({ "temp", std::vector<double>(eventCount, 30.0) });
+    const std::map<std::string, std::string> water
+        = { { "setup:medium", "water" }, { "setup:temperature", "23" }, { "setup:channel width", "20" },
+              { "setup:flow rate", "0.04" }, { "imaging:pixel size", "0.34" } };
+    std::map<std::string, std::string> reservoir = water;
+    reservoir["setup:chip region"] = "reservoir";
+    const QString eventPath = writeFile("event.vqd", { withTemperature, water });
+    const QByteArray before = fingerprint(eventPath);
+    open({ eventPath, writeFile("meta.vqd", { cells, water }),
+        writeFile("reservoir.vqd", { cells, reservoir }),
+        writeFile("noarea.vqd", { { { "deform", { 0.02, 0.03 } } }, water }) });
+
+    dock()->findChild<QRadioButton*>("manualTemperatureRadio")->setChecked(true);
+    dock()->findChild<QDoubleSpinBox*>("temperatureSpinBox")->setValue(26.0);
+    dock()->findChild<QRadioButton*>("eventTemperatureRadio")->setChecked(true);
+    checkApplyToAll(CalculationJob::Emodulus, true);
+    ASSERT_TRUE(button(CalculationJob::Emodulus)->isEnabled());
+    EXPECT_FALSE(dock()->assessQualityButton()->isEnabled());
+    button(CalculationJob::Emodulus)->click();
+    ASSERT_TRUE(waitForJob());
+
+    EXPECT_TRUE(dataset(0)->emodApplied);
+    EXPECT_TRUE(dataset(1)->emodApplied);
+    EXPECT_FALSE(dataset(2)->emodApplied);
+    EXPECT_FALSE(dataset(2)->reader->hasFeature("emodulus"));
+    EXPECT_FALSE(dataset(3)->emodApplied);
+    EXPECT_TRUE(dock()->assessQualityButton()->isEnabled());
+    const std::vector<double>& atEventTemperature = dataset(0)->reader->getFeature("emodulus");
+    const std::vector<double>& atControlTemperature = dataset(1)->reader->getFeature("emodulus");
+    ASSERT_EQ(atEventTemperature.size(), eventCount);
+    ASSERT_EQ(atControlTemperature.size(), eventCount);
+    int compared = 0;
+    for (std::size_t i = 0; i < eventCount; ++i) {
+        if (std::isnan(atControlTemperature[i]))
+            continue;
+        EXPECT_NEAR(atEventTemperature[i] / atControlTemperature[i], 0.916139, 1e-5) << i;
+        ++compared;
+    }
+    EXPECT_GE(compared, 4);
+    EXPECT_GE(window->findChild<QComboBox*>("yFeatureCombo")->findData(QStringLiteral("emodulus")), 0);
+    EXPECT_EQ(fingerprint(eventPath), before);
 }
