@@ -1,5 +1,6 @@
 #include "calc/Crosstalk.h"
 
+#include <algorithm>
 #include <armadillo>
 #include <cmath>
 #include <limits>
@@ -42,16 +43,32 @@ void compensateEvents(const std::vector<const std::vector<double>*>& sources, co
     std::size_t begin, std::size_t end, std::vector<std::vector<double>>& outputs)
 {
     const std::size_t n = sources.size();
+    std::size_t complete = end;
+    for (const std::vector<double>* source : sources)
+        complete = std::max(begin, std::min(complete, source->size()));
+
+    // Channel by channel over whole columns while every source has its values, so that the inner loop
+    // runs over contiguous memory; the sum runs over the sources in the same order either way.
+    for (std::size_t i = 0; i < n; ++i) {
+        double* out = outputs[i].data();
+        std::fill(out + begin, out + complete, 0.0);
+        for (std::size_t j = 0; j < n; ++j) {
+            const double weight = inverse[i][j];
+            const double* in = sources[j]->data();
+            for (std::size_t e = begin; e < complete; ++e)
+                out[e] += weight * in[e];
+        }
+    }
+
     const double nan = std::numeric_limits<double>::quiet_NaN();
     std::vector<double> y(n);
-    for (std::size_t e = begin; e < end; ++e) {
+    for (std::size_t e = complete; e < end; ++e) {
         for (std::size_t j = 0; j < n; ++j)
             y[j] = e < sources[j]->size() ? (*sources[j])[e] : nan;
         for (std::size_t i = 0; i < n; ++i) {
-            const std::vector<double>& row = inverse[i];
             double sum = 0.0;
             for (std::size_t j = 0; j < n; ++j)
-                sum += row[j] * y[j];
+                sum += inverse[i][j] * y[j];
             outputs[i][e] = sum;
         }
     }

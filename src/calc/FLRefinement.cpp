@@ -6,13 +6,18 @@
 #include "io/VQDMetadata.h"
 #include "io/VQDReader.h"
 
+#include <QtConcurrent/QtConcurrentMap>
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <numeric>
 
 namespace Tessaly {
 
 namespace {
+
+// Events per progress step, read from the file at once and refined in parallel.
+constexpr std::int64_t progressStep = 256;
 
 // Value i of a column, NaN where the column is missing or too short.
 double at(const std::vector<double>& column, std::size_t i)
@@ -78,8 +83,12 @@ bool FLRefinement::refine(VQDReader* reader, const VQDMetadata& metadata, const 
     const bool cellWindows = speed.speed > 0.0 && !posX.empty() && !sizeX.empty();
     const double defaultHalfWidth = 0.05 * static_cast<double>(traceLength);
 
+    // The filters as the reader runs them for the alias, applied here instead so that they run on all
+    // cores while the next block of traces is read.
+    const TraceProcessing processing = reader->traceProcessing();
     const auto events = static_cast<std::int64_t>(reader->eventCount());
     const auto channelCount = static_cast<std::int64_t>(channels.size());
+    std::vector<std::size_t> block;
     for (std::int64_t index = 0; index < channelCount; ++index) {
         const int channel = channels[static_cast<std::size_t>(index)];
         const auto offset = sampling.offsets.find(channel);
@@ -91,14 +100,7 @@ bool FLRefinement::refine(VQDReader* reader, const VQDMetadata& metadata, const 
         std::vector<double> maxima(static_cast<std::size_t>(events));
         std::vector<double> positions(static_cast<std::size_t>(events));
         std::vector<double> widths(static_cast<std::size_t>(events));
-        for (std::int64_t e = 0; e < events; ++e) {
-            if (m_cancelled)
-                return false;
-            if (e % 256 == 0)
-                emit progressChanged(
-                    static_cast<int>(index * 100 / channelCount + (100 / channelCount) * e / events));
-            const auto i = static_cast<std::size_t>(e);
-
+        const auto refineEvent = [&](std::size_t i, const std::vector<float>& raw) {
             // An event whose trace can't be searched keeps the instrument's position, with no height.
             PeakResult peak { 0.0, at(recorded, i), 0.0 };
             PeakWindow window;
@@ -106,15 +108,34 @@ bool FLRefinement::refine(VQDReader* reader, const VQDMetadata& metadata, const 
                                     && cellWindow(at(posX, i), at(sizeX, i), centreX, speed.speed,
                                         speed.spread, dt, traceLength, window))
                 || recordedWindow(at(recorded, i), defaultHalfWidth, dt, traceLength, window);
-            if (searchable && placed) {
-                PeakResult found;
-                if (findPeak(reader->getTrace(alias, i), window, baseline, dt, found))
-                    peak = found;
-            }
+            PeakResult found;
+            if (placed && !raw.empty()
+                && findPeak(applyTraceProcessing(raw, processing), window, baseline, dt, found))
+                peak = found;
             maxima[i] = peak.max;
             positions[i] = peak.pos;
             widths[i] = peak.width;
+        };
+
+        for (std::int64_t begin = 0; begin < events; begin += progressStep) {
+            if (m_cancelled)
+                return false;
+            emit progressChanged(
+                static_cast<int>(index * 100 / channelCount + (100 / channelCount) * begin / events));
+            const auto first = static_cast<std::size_t>(begin);
+            const auto count = static_cast<std::size_t>(std::min(progressStep, events - begin));
+            const std::vector<std::vector<float>> rows
+                = searchable ? reader->getRawTraces(alias, first, count) : std::vector<std::vector<float>>();
+            block.resize(count);
+            std::iota(block.begin(), block.end(), std::size_t { 0 });
+            const std::vector<float> none;
+            QtConcurrent::blockingMap(block, [&](std::size_t k) {
+                if (!m_cancelled)
+                    refineEvent(first + k, k < rows.size() ? rows[k] : none);
+            });
         }
+        if (m_cancelled)
+            return false;
         reader->setFeature(channelFeature(channel, "_max_rf"), std::move(maxima));
         reader->setFeature(channelFeature(channel, "_pos_rf"), std::move(positions));
         reader->setFeature(channelFeature(channel, "_width_rf"), std::move(widths));

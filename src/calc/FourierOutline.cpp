@@ -12,6 +12,15 @@ namespace {
 constexpr double pi = 3.141592653589793;
 constexpr double twoPi = 2.0 * pi;
 
+// An angle of atan2, in [-π, π], brought into [0, 2π) as fmod(fmod(θ, 2π) + 2π, 2π) would: the inner
+// fmod leaves such an angle as it is, and the outer one takes 2π off the rounded sum exactly once
+// when it reaches 2π (that subtraction is exact). Two branches instead of two divisions.
+double wrapAngle(double theta)
+{
+    const double shifted = theta + twoPi;
+    return shifted >= twoPi ? shifted - twoPi : shifted;
+}
+
 } // namespace
 
 bool largestOutline(
@@ -63,7 +72,7 @@ std::vector<PolarPoint> polarHull(const std::vector<cv::Point>& points, int subd
             const double t = static_cast<double>(s) / subdivisions;
             const double x = x0 + t * dx;
             const double y = y0 + t * dy;
-            const double theta = std::fmod(std::fmod(std::atan2(y, x), twoPi) + twoPi, twoPi);
+            const double theta = wrapAngle(std::atan2(y, x));
             const double r = std::sqrt(x * x + y * y);
             // A hull without area has no centroid, and every point of it then lies nowhere.
             if (std::isnan(theta) || std::isnan(r))

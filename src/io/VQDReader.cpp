@@ -686,12 +686,30 @@ std::vector<float> VQDReader::getTrace(const std::string& name, std::size_t inde
     return filtered;
 }
 
-// One event's row of /events/trace/<name>, unfiltered. Two-byte integers go through signed 16 bit,
-// everything else is converted to float by the library.
+// One event's row of /events/trace/<name>, unfiltered.
 std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size_t index)
 {
-    if (!m_fileOpen || !m_file || !m_tracesAvailable)
+    std::vector<std::vector<float>> rows = readStoredRows(name, index, 1);
+    return rows.empty() ? std::vector<float>() : std::move(rows.front());
+}
+
+std::vector<std::vector<float>> VQDReader::getRawTraces(
+    const std::string& name, std::size_t first, std::size_t count)
+{
+    Lock lock(hdf5Mutex());
+    const auto alias = m_traceAliases.find(name);
+    return readStoredRows(alias == m_traceAliases.end() ? name : alias->second, first, count);
+}
+
+// Rows [first, first + count) of /events/trace/<name>, unfiltered, by one hyperslab; fewer at the end of
+// the dataset. Two-byte integers go through signed 16 bit, everything else is converted to float by
+// the library.
+std::vector<std::vector<float>> VQDReader::readStoredRows(
+    const std::string& name, std::size_t first, std::size_t count)
+{
+    if (!m_fileOpen || !m_file || !m_tracesAvailable || count == 0)
         return {};
+    const std::string failure = "Error reading trace '" + name + "' at index " + std::to_string(first) + ": ";
     try {
         const H5::DataSet dataset = m_file->openDataSet(std::string(traceGroup) + '/' + name);
         refuseForeignStorage(dataset);
@@ -699,32 +717,37 @@ std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size
         const std::vector<hsize_t> dims = extentOf(fileSpace);
         if (dims.size() != 2)
             throw std::runtime_error("a trace has 2 dimensions, this one " + std::to_string(dims.size()));
-        if (index >= dims[0] || dims[1] == 0)
+        if (first >= dims[0] || dims[1] == 0)
             return {};
 
+        const hsize_t rows = std::min<hsize_t>(count, dims[0] - first);
         const hsize_t samples = dims[1];
-        // The trace as floats and, for two-byte integers, the buffer they are read into.
+        // The traces as floats and, for two-byte integers, the buffer they are read into.
         refuseOversizedRead(dataset, "a trace of " + std::to_string(samples) + " samples",
-            saturatingProduct(samples, sizeof(float) + sizeof(std::int16_t)));
-        const hsize_t start[2] = { index, 0 };
-        const hsize_t count[2] = { 1, samples };
-        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
-        const H5::DataSpace memorySpace(1, &samples);
-        std::vector<float> trace(static_cast<std::size_t>(samples), 0.0f);
+            saturatingProduct(saturatingProduct(rows, samples), sizeof(float) + sizeof(std::int16_t)));
+        const hsize_t start[2] = { first, 0 };
+        const hsize_t extent[2] = { rows, samples };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, extent, start);
+        const H5::DataSpace memorySpace(2, extent);
+        std::vector<float> values(static_cast<std::size_t>(rows * samples), 0.0f);
         const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         if (dataset.getTypeClass() == H5T_INTEGER && dataset.getDataType().getSize() == 2) {
-            std::vector<std::int16_t> buffer(trace.size());
+            std::vector<std::int16_t> buffer(values.size());
             dataset.read(buffer.data(), H5::PredType::NATIVE_INT16, memorySpace, fileSpace);
-            std::copy(buffer.begin(), buffer.end(), trace.begin());
+            std::copy(buffer.begin(), buffer.end(), values.begin());
         } else {
-            dataset.read(trace.data(), H5::PredType::NATIVE_FLOAT, memorySpace, fileSpace);
+            dataset.read(values.data(), H5::PredType::NATIVE_FLOAT, memorySpace, fileSpace);
         }
-        return trace;
+        std::vector<std::vector<float>> result(static_cast<std::size_t>(rows));
+        for (std::size_t r = 0; r < result.size(); ++r) {
+            const auto begin = values.begin() + static_cast<std::ptrdiff_t>(r * samples);
+            result[r].assign(begin, begin + static_cast<std::ptrdiff_t>(samples));
+        }
+        return result;
     } catch (const H5::Exception& e) {
-        reportError(
-            "Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.getDetailMsg());
+        reportError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.what());
+        reportError(failure, e.what());
     }
     return {};
 }
