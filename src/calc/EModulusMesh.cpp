@@ -70,6 +70,32 @@ void fillMeshGrid(EModulusMesh& mesh)
                 mesh.grid[static_cast<std::size_t>(r * EModulusMesh::gridSize + c)].push_back(
                     static_cast<std::int32_t>(t));
     }
+
+    // Coefficients of every triangle; a degenerate one is never tried.
+    std::vector<EModulusMesh::Lookup> lookups(mesh.triangles.size());
+    std::vector<bool> usable(mesh.triangles.size(), false);
+    for (std::size_t t = 0; t < mesh.triangles.size(); ++t) {
+        const Triangle& tri = mesh.triangles[t];
+        const auto i0 = static_cast<std::size_t>(tri[0]), i1 = static_cast<std::size_t>(tri[1]),
+                   i2 = static_cast<std::size_t>(tri[2]);
+        const double x0 = mesh.x[i0], y0 = mesh.y[i0], x1 = mesh.x[i1], y1 = mesh.y[i1];
+        const double x2 = mesh.x[i2], y2 = mesh.y[i2];
+        const double den = (y0 - y2) * (x2 - x1) + (y1 - y2) * (x0 - x2);
+        if (std::abs(den) < 1e-20)
+            continue;
+        usable[t] = true;
+        lookups[t] = { x2, y2, (y1 - y2) / den, (x2 - x1) / den, (y2 - y0) / den, (x0 - x2) / den, mesh.z[i0],
+            mesh.z[i1], mesh.z[i2] };
+    }
+    mesh.cellStart.assign(mesh.grid.size() + 1, 0);
+    mesh.cellTriangles.clear();
+    for (std::size_t cell = 0; cell < mesh.grid.size(); ++cell) {
+        mesh.cellStart[cell] = static_cast<std::int32_t>(mesh.cellTriangles.size());
+        for (const std::int32_t t : mesh.grid[cell])
+            if (usable[static_cast<std::size_t>(t)])
+                mesh.cellTriangles.push_back(lookups[static_cast<std::size_t>(t)]);
+    }
+    mesh.cellStart.back() = static_cast<std::int32_t>(mesh.cellTriangles.size());
 }
 
 double interpolate(const EModulusMesh& mesh, double area, double deform)
@@ -78,24 +104,24 @@ double interpolate(const EModulusMesh& mesh, double area, double deform)
     const double px = (area - mesh.xMin) / mesh.xRange;
     const double py = (deform - mesh.yMin) / mesh.yRange;
     // Written so that a NaN fails the test: a NaN must never become a cell index.
-    if (!(px >= 0.0 && px <= 1.0 && py >= 0.0 && py <= 1.0) || mesh.grid.empty())
+    if (!(px >= 0.0 && px <= 1.0 && py >= 0.0 && py <= 1.0)
+        || mesh.cellStart.size()
+            != static_cast<std::size_t>(EModulusMesh::gridSize * EModulusMesh::gridSize + 1))
         return nan;
-    const auto& cell = mesh.grid[static_cast<std::size_t>(cellOf(py) * EModulusMesh::gridSize + cellOf(px))];
-    for (const std::int32_t t : cell) {
-        const Triangle& tri = mesh.triangles[static_cast<std::size_t>(t)];
-        const auto i0 = static_cast<std::size_t>(tri[0]), i1 = static_cast<std::size_t>(tri[1]),
-                   i2 = static_cast<std::size_t>(tri[2]);
-        const double x0 = mesh.x[i0], y0 = mesh.y[i0];
-        const double x1 = mesh.x[i1], y1 = mesh.y[i1];
-        const double x2 = mesh.x[i2], y2 = mesh.y[i2];
-        const double den = (y0 - y2) * (x2 - x1) + (y1 - y2) * (x0 - x2);
-        if (std::abs(den) < 1e-20)
+    // The cell's triangles in list order; the first that holds the point (to a tolerance that lets
+    // points on shared edges and nodes be accepted) gives its linear interpolation.
+    const auto cell = static_cast<std::size_t>(cellOf(py) * EModulusMesh::gridSize + cellOf(px));
+    const EModulusMesh::Lookup* it = mesh.cellTriangles.data() + mesh.cellStart[cell];
+    const EModulusMesh::Lookup* end = mesh.cellTriangles.data() + mesh.cellStart[cell + 1];
+    for (; it != end; ++it) {
+        const double dx = px - it->x2, dy = py - it->y2;
+        const double l1 = it->a * dx + it->b * dy;
+        if (l1 < -1e-10)
             continue;
-        const double l1 = ((py - y2) * (x2 - x1) + (px - x2) * (y1 - y2)) / den;
-        const double l2 = ((y2 - y0) * (px - x2) + (py - y2) * (x0 - x2)) / den;
+        const double l2 = it->c * dx + it->d * dy;
         const double l3 = 1.0 - l1 - l2;
-        if (l1 >= -1e-10 && l2 >= -1e-10 && l3 >= -1e-10)
-            return l1 * mesh.z[i0] + l2 * mesh.z[i1] + l3 * mesh.z[i2];
+        if (l2 >= -1e-10 && l3 >= -1e-10)
+            return l1 * it->z0 + l2 * it->z1 + l3 * it->z2;
     }
     return nan;
 }

@@ -21,6 +21,18 @@ struct EModulusMesh
     std::vector<Triangle> triangles; // counter-clockwise
     // Cell row * 100 + column: the triangles whose bounding box touches the cell, ascending.
     std::vector<std::vector<std::int32_t>> grid;
+
+    // The same, prepared for lookups by fillMeshGrid: each cell's triangles as a slice of one flat
+    // list (cellStart[cell] to cellStart[cell + 1]), without degenerate triangles, each with its
+    // barycentric coefficients and node values, so that a lookup reads one contiguous record per try.
+    struct Lookup
+    {
+        double x2, y2; // third node
+        double a, b, c, d; // l1 = a (px - x2) + b (py - y2), l2 = c (px - x2) + d (py - y2)
+        double z0, z1, z2;
+    };
+    std::vector<std::int32_t> cellStart;
+    std::vector<Lookup> cellTriangles;
 };
 
 // Triangulates the table's nodes and fills the cell grid. False, with `mesh` untouched, for fewer than
@@ -28,7 +40,7 @@ struct EModulusMesh
 bool buildEModulusMesh(const std::vector<double>& area, const std::vector<double>& deform,
     const std::vector<double>& emodulus, EModulusMesh& mesh);
 
-// Lists each triangle in every cell that its bounding box touches.
+// Lists each triangle in every cell that its bounding box touches, and prepares the lookups.
 void fillMeshGrid(EModulusMesh& mesh);
 
 // The modulus at (area, deform) by linear interpolation in the triangle that holds the point; NaN

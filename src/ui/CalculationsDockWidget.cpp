@@ -3,6 +3,7 @@
 #include "calc/MeasurementMedium.h"
 #include "io/VQDMetadata.h"
 #include "ui/CalculationsTexts.h"
+#include "ui/LookupTablePanel.h"
 #include "ui/SpilloverTable.h"
 
 #include <QButtonGroup>
@@ -89,7 +90,7 @@ QLabel* valueLabel(QWidget* parent)
 
 } // namespace
 
-CalculationsDockWidget::CalculationsDockWidget(QWidget* parent)
+CalculationsDockWidget::CalculationsDockWidget(EModulus* emodulus, QWidget* parent)
     : QWidget(parent)
 {
     auto* layout = new QVBoxLayout(this);
@@ -105,7 +106,7 @@ CalculationsDockWidget::CalculationsDockWidget(QWidget* parent)
     layout->addWidget(pageCombo);
 
     pages = new QStackedWidget(this);
-    pages->addWidget(scrollablePage(createEmodulusPage()));
+    pages->addWidget(scrollablePage(createEmodulusPage(emodulus)));
     pages->addWidget(scrollablePage(createCompensationPage()));
     pages->addWidget(scrollablePage(createRefinementPage()));
     pages->addWidget(scrollablePage(createFourierPage()));
@@ -135,12 +136,17 @@ CalculationsDockWidget::CalculationsDockWidget(QWidget* parent)
     updateButtons();
 }
 
-QWidget* CalculationsDockWidget::createEmodulusPage()
+QWidget* CalculationsDockWidget::createEmodulusPage(EModulus* emodulus)
 {
     auto* page = new QWidget;
     page->setObjectName(QStringLiteral("emodulusPage"));
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 4, 0, 4);
+    // Which table the modulus comes from, or that there is none, before anything else.
+    tablePanel = new LookupTablePanel(emodulus, page);
+    layout->addWidget(tablePanel);
+    connect(
+        tablePanel, &LookupTablePanel::tableInstalled, this, &CalculationsDockWidget::lookupTableInstalled);
     auto* form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::DontWrapRows);

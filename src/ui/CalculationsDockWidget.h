@@ -22,6 +22,7 @@ namespace Tessaly {
 
 struct DatasetEntry;
 struct VQDMetadata;
+class LookupTablePanel;
 class SpilloverTable;
 
 // The four calculations, in the order of the dock's pages.
@@ -36,7 +37,8 @@ class CalculationsDockWidget : public QWidget
     Q_OBJECT
 
 public:
-    explicit CalculationsDockWidget(QWidget* parent = nullptr);
+    // `emodulus` is the engine whose look-up table the Young's modulus page shows.
+    explicit CalculationsDockWidget(EModulus* emodulus, QWidget* parent = nullptr);
 
     // The dataset the calculations act on; null detaches the dock and disables every start button.
     void setDataset(DatasetEntry* dataset);
@@ -75,6 +77,7 @@ public:
     // The stack of pages, for whoever wants to place something on the Young's modulus page.
     QWidget* page(CalculationJob job) const;
     void showPage(CalculationJob job);
+    LookupTablePanel* lookupTablePanel() const { return tablePanel; }
 
 Q_SIGNALS:
     void refineFluorescence();
@@ -85,9 +88,11 @@ Q_SIGNALS:
     // Declared for a classification of events that isn't built; nothing emits it.
     void runInference();
     void computeFourierDeform();
+    // A look-up table has been put in place by the user.
+    void lookupTableInstalled();
 
 private:
-    QWidget* createEmodulusPage();
+    QWidget* createEmodulusPage(EModulus* emodulus);
     QWidget* createCompensationPage();
     QWidget* createRefinementPage();
     QWidget* createFourierPage();
@@ -113,6 +118,7 @@ private:
     std::array<QCheckBox*, 4> applyToAllBoxes {};
 
     // Young's modulus.
+    LookupTablePanel* tablePanel = nullptr;
     QLabel* mediumLabel = nullptr;
     QComboBox* viscosityCombo = nullptr;
     QDoubleSpinBox* viscositySpinBox = nullptr;

@@ -1,5 +1,6 @@
 #include "ui/MainWindow.h"
 
+#include "calc/EModulus.h"
 #include "core/DatasetEntry.h"
 #include "core/EffectiveFilter.h"
 #include "plot/ScatterPlot.h"
@@ -25,6 +26,7 @@ MainWindow::MainWindow(QWidget* parent)
 {
     preloadWatcher = new QFutureWatcher<void>(this);
     calculationWatcher = new QFutureWatcher<void>(this);
+    emodulusEngine = new EModulus(this);
 
     createDocks();
     setCentralWidget(createCentralPanel());

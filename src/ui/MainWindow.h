@@ -122,7 +122,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
-// MainWindowCalculations.cpp (the jobs of the calculations dock).
+// MainWindowIsoelastics.cpp (Young's modulus lines on the plot) and MainWindowCalculations.cpp (the
+// jobs of the calculations dock).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -139,7 +140,6 @@ public:
     int datasetFolderDepth() const;
     int colorMapIndex() const { return currentColorMapIndex; }
     CalculationsDockWidget* calcDock() const { return calculationsDock; }
-    EModulus* emodulus() const { return emodulusEngine; }
 
     const std::vector<FilterGroup*>& filterGroups() const { return groups; }
     FilterGroup* findFilterGroupById(int id) const;
@@ -166,6 +166,9 @@ public:
     const std::vector<int>& plottedEvents() const { return visibleIndices; }
 
 public Q_SLOTS:
+    // The one Young's modulus engine, which keeps its tables for the life of the window.
+    EModulus* emodulus();
+
     // Shows a failure that escaped an event handler, with the offer of a feedback report. Reports
     // that arrive while such a dialog is open are dropped, so that a repeating fault can't stack
     // dialogs.
@@ -319,10 +322,11 @@ private:
     // Refined traces are shown when a dataset has them, until the calculations dock says otherwise.
     bool preferRefinedTraces = true;
 
-    // Calculations: the engines, made once, and the one job that may run.
+    // Young's modulus (MainWindowIsoelastics.cpp): made before the docks, which show its table.
+    EModulus* emodulusEngine = nullptr;
+    // Calculations: the other engines, made once, and the one job that may run.
     FLRefinement* flRefinement = nullptr;
     FLCompensation* flCompensation = nullptr;
-    EModulus* emodulusEngine = nullptr;
     FourierDeform* fourierDeform = nullptr;
     bool calcBusy = false;
     std::function<void()> calcFinish;

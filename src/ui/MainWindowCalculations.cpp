@@ -153,7 +153,6 @@ void MainWindow::createCalculationEngines()
 {
     flRefinement = new FLRefinement(this);
     flCompensation = new FLCompensation(this);
-    emodulusEngine = new EModulus(this);
     fourierDeform = new FourierDeform(this);
     connect(calculationWatcher, &QFutureWatcher<void>::finished, this, &MainWindow::onCalcFinished);
     connect(calculationsDock, &CalculationsDockWidget::refineFluorescence, this,

@@ -91,7 +91,7 @@ void MainWindow::createDocks()
     statisticsDockWidget = makeDock(QStringLiteral("Plot Statistics"), statisticsDock, this, true);
     statisticsDockWidget->setMinimumWidth(250);
 
-    calculationsDock = new CalculationsDockWidget(this);
+    calculationsDock = new CalculationsDockWidget(emodulusEngine, this);
     calculationsDockWidget = makeDock(QStringLiteral("Calculations"), calculationsDock, this, false);
     calculationsDockWidget->setMinimumWidth(200);
 
@@ -269,7 +269,9 @@ QWidget* MainWindow::createPlotSettings()
     outerContourSpinBox->setObjectName(QStringLiteral("outerContourSpinBox"));
     isoelasticsCheckBox = new QCheckBox(QStringLiteral("Isoelastics"), box);
     isoelasticsCheckBox->setToolTip(QStringLiteral("Show isoelasticity lines"));
+    isoelasticsCheckBox->setObjectName(QStringLiteral("isoelasticsCheckBox"));
     isoelasticLabelsCheckBox = new QCheckBox(QStringLiteral("Labels"), box);
+    isoelasticLabelsCheckBox->setObjectName(QStringLiteral("isoelasticLabelsCheckBox"));
     isoelasticLabelsCheckBox->setToolTip(QStringLiteral("Show kPa labels on isoelasticity lines"));
     applyPlotSettingsButton = new QPushButton(QStringLiteral("Apply Plot Settings\nto All Datasets"), box);
     applyPlotSettingsButton->setObjectName(QStringLiteral("applyPlotSettingsButton"));
@@ -387,6 +389,8 @@ void MainWindow::connectSignals()
     }
     connect(isoelasticsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
     connect(isoelasticLabelsCheckBox, &QCheckBox::toggled, this, &MainWindow::updateIsoelastics);
+    connect(calculationsDock, &CalculationsDockWidget::lookupTableInstalled, this,
+        &MainWindow::updateIsoelastics);
     connect(applyPlotSettingsButton, &QPushButton::clicked, this, &MainWindow::onApplyPlotSettingsToAll);
     connect(
         eventSpinBox, QOverload<int>::of(&QSpinBox::valueChanged), this, &MainWindow::onEventSpinBoxChanged);

@@ -269,19 +269,6 @@ void MainWindow::updateContours()
         scatterPlot->setContours(levels);
 }
 
-// Lines of equal Young's modulus belong to a plot of area against deformation only.
-void MainWindow::updateIsoelastics()
-{
-    const std::string x = comboKey(xFeatureCombo);
-    const std::string y = comboKey(yFeatureCombo);
-    const bool pair = (x == "area_um" && y == "deform") || (x == "deform" && y == "area_um");
-    isoelasticsCheckBox->setVisible(pair);
-    isoelasticLabelsCheckBox->setVisible(pair && isoelasticsCheckBox->isChecked());
-    // The lines come from the Young's modulus engine, which computes them for the dataset's
-    // channel, flow and medium; without it there are none to draw.
-    scatterPlot->clearIsoelastics();
-}
-
 // Polygon rules of the plotted feature pair are drawn over the points: the dataset's own with their
 // rule index as id, those of its enabled groups with ids that can't collide with them.
 void MainWindow::updatePolygonOverlays()

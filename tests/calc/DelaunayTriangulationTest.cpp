@@ -96,6 +96,16 @@ std::vector<PointSet> pointSets()
             grid.y.push_back(j / 11.0);
         }
     sets.push_back(grid);
+    // A table of the shape finite-element tables have: rows of equal modulus, curved in the plane,
+    // area by area.
+    PointSet table { "table", {}, {} };
+    for (int i = 0; i < 30; ++i)
+        for (int j = 0; j < 20; ++j) {
+            const double area = i / 29.0;
+            table.x.push_back(area);
+            table.y.push_back((1.0 + std::sqrt(area)) * std::pow(0.8, j) / 2.0);
+        }
+    sets.push_back(table);
     // A duplicated node opens no cavity and makes no triangle.
     PointSet duplicate { "duplicate", { 0.0, 1.0, 0.0, 1.0, 0.5, 0.5 }, { 0.0, 0.0, 1.0, 1.0, 0.4, 0.4 } };
     sets.push_back(duplicate);

@@ -45,7 +45,8 @@ protected:
     QRadioButton* radio(const char* name) { return child<QRadioButton>(name); }
     QString label(const char* name) { return child<QLabel>(name)->text(); }
 
-    CalculationsDockWidget dock;
+    EModulus engine;
+    CalculationsDockWidget dock { &engine };
 };
 
 } // namespace

@@ -97,12 +97,11 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         const double area = std::clamp(
             small ? 40.0 * std::exp(0.2 * gauss(rng)) : 95.0 * std::exp(0.25 * gauss(rng)), 15.0, 400.0);
         const double softness = small ? 0.6 : 1.0;
-        // A cell deforms at least a little beyond what the pixel grid adds to its contour, so that
-        // its modulus (below) is finite.
-        const double leastDeform = std::max(0.002, pixelationCorrection(area, s.pixelSize) + 0.0005);
-        const double deform
-            = std::clamp(s.deformScale * softness * (0.008 + 0.00035 * area) * std::exp(0.3 * gauss(rng)),
-                leastDeform, 0.3);
+        // The cell's own deformation, and what the camera measures: the pixel grid adds to every
+        // contour's deformation, most for small cells.
+        const double trueDeform
+            = s.deformScale * softness * (0.008 + 0.00035 * area) * std::exp(0.3 * gauss(rng));
+        const double deform = std::clamp(trueDeform + pixelationCorrection(area, s.pixelSize), 0.002, 0.3);
         const double ratio = ratioForDeformation(area, deform);
         cell.semiAxisY = std::sqrt(area / (kPi * ratio));
         cell.semiAxisX = ratio * cell.semiAxisY;
@@ -142,8 +141,7 @@ ExampleEvents generateEvents(const ExampleSettings& s)
         col["area_cvx"][i] = std::round(areaPx * porosity);
         col["area_ratio"][i] = porosity;
         col["deform"][i] = deform;
-        // The true modulus under the demonstration table's law, for the deformation the contour would
-        // have without pixelation.
+        // The true modulus under the demonstration table's law, of the deformation without pixelation.
         col["emodulus"][i] = demoModulus(
             area, deform - pixelationCorrection(area, s.pixelSize), viscosity, s.flowRate, s.channelWidth);
         col["deform_raw"][i] = std::max(0.0, deform + 0.002 * gauss(rng));
