@@ -103,6 +103,9 @@ CalculationsDockWidget::CalculationsDockWidget(EModulus* emodulus, QWidget* pare
     // The longest page name would otherwise set the dock's least width.
     pageCombo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     pageCombo->setMinimumContentsLength(12);
+    // A narrow dock may cut the longest name; the tool tip always has it whole.
+    connect(pageCombo, &QComboBox::currentTextChanged, pageCombo, &QWidget::setToolTip);
+    pageCombo->setToolTip(pageCombo->currentText());
     layout->addWidget(pageCombo);
 
     pages = new QStackedWidget(this);
@@ -142,11 +145,6 @@ QWidget* CalculationsDockWidget::createEmodulusPage(EModulus* emodulus)
     page->setObjectName(QStringLiteral("emodulusPage"));
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 4, 0, 4);
-    // Which table the modulus comes from, or that there is none, before anything else.
-    tablePanel = new LookupTablePanel(emodulus, page);
-    layout->addWidget(tablePanel);
-    connect(
-        tablePanel, &LookupTablePanel::tableInstalled, this, &CalculationsDockWidget::lookupTableInstalled);
     auto* form = new QFormLayout;
     form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::DontWrapRows);
@@ -170,23 +168,21 @@ QWidget* CalculationsDockWidget::createEmodulusPage(EModulus* emodulus)
     viscositySpinBox->setSuffix(CalculationsTexts::viscositySuffix);
     form->addRow(CalculationsTexts::etaRow, viscositySpinBox);
 
-    // The spin box above the three sources, which don't fit beside it in a narrow dock.
-    auto* temperatureBox = new QWidget(page);
-    auto* temperatureLayout = new QVBoxLayout(temperatureBox);
-    temperatureLayout->setContentsMargins(0, 0, 0, 0);
-    temperatureLayout->setSpacing(2);
-    temperatureSpinBox = new QDoubleSpinBox(temperatureBox);
+    temperatureSpinBox = new QDoubleSpinBox(page);
     temperatureSpinBox->setObjectName(QStringLiteral("temperatureSpinBox"));
     temperatureSpinBox->setRange(0.0, 50.0);
     temperatureSpinBox->setDecimals(1);
     temperatureSpinBox->setValue(defaultTemperature);
     temperatureSpinBox->setSuffix(CalculationsTexts::temperatureSuffix);
-    temperatureLayout->addWidget(temperatureSpinBox);
-    auto* sourceRow = new QHBoxLayout;
-    sourceRow->setSpacing(6);
-    manualRadio = new QRadioButton(CalculationsTexts::manualSource, temperatureBox);
-    metaRadio = new QRadioButton(CalculationsTexts::metaSource, temperatureBox);
-    eventRadio = new QRadioButton(CalculationsTexts::eventSource, temperatureBox);
+    form->addRow(CalculationsTexts::temperatureRow, temperatureSpinBox);
+    // The three sources take a row of their own: beside the value they don't fit a narrow dock.
+    auto* sources = new QWidget(page);
+    auto* sourceRow = new QHBoxLayout(sources);
+    sourceRow->setContentsMargins(0, 0, 0, 0);
+    sourceRow->setSpacing(8);
+    manualRadio = new QRadioButton(CalculationsTexts::manualSource, sources);
+    metaRadio = new QRadioButton(CalculationsTexts::metaSource, sources);
+    eventRadio = new QRadioButton(CalculationsTexts::eventSource, sources);
     manualRadio->setObjectName(QStringLiteral("manualTemperatureRadio"));
     metaRadio->setObjectName(QStringLiteral("metaTemperatureRadio"));
     eventRadio->setObjectName(QStringLiteral("eventTemperatureRadio"));
@@ -197,8 +193,7 @@ QWidget* CalculationsDockWidget::createEmodulusPage(EModulus* emodulus)
     }
     sourceRow->addStretch(1);
     metaRadio->setChecked(true);
-    temperatureLayout->addLayout(sourceRow);
-    form->addRow(CalculationsTexts::temperatureRow, temperatureBox);
+    form->addRow(sources);
 
     channelWidthLabel = valueLabel(page);
     channelWidthLabel->setObjectName(QStringLiteral("channelWidthLabel"));
@@ -236,6 +231,22 @@ QWidget* CalculationsDockWidget::createEmodulusPage(EModulus* emodulus)
     useFilteredBox->setToolTip(CalculationsTexts::useFilteredDataToolTip);
     useFilteredBox->setChecked(true);
     layout->addWidget(useFilteredBox);
+    // Fields take what width the dock gives; sized for their widest value they would push the page
+    // past a narrow dock's edge.
+    for (QWidget* field : std::initializer_list<QWidget*> {
+             viscosityCombo, viscositySpinBox, temperatureSpinBox, deformSourceCombo })
+        field->setMinimumWidth(90);
+    for (QComboBox* combo : { viscosityCombo, deformSourceCombo })
+        combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    // Which table the modulus comes from, or that there is none. Below the controls, so that they
+    // stay in view in a short dock; its long paths and formulas wrap or clip rather than widen the
+    // page.
+    tablePanel = new LookupTablePanel(emodulus, page);
+    tablePanel->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    layout->addSpacing(6);
+    layout->addWidget(tablePanel);
+    connect(
+        tablePanel, &LookupTablePanel::tableInstalled, this, &CalculationsDockWidget::lookupTableInstalled);
     layout->addStretch(1);
 
     connect(viscosityCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this, [this] {
