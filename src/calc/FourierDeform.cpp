@@ -47,14 +47,18 @@ FourierResult analyze(const std::vector<cv::Point>& points, int harmonics, bool 
         weights = angularGapWeights(angles);
     }
 
-    const HarmonicTable table = harmonicTable(angles, harmonics);
+    // At least order 1, whose cos θ and sin θ the rebuilt outlines need; orders beyond `harmonics` are
+    // never selected.
+    const HarmonicTable table = harmonicTable(angles, std::max(harmonics, 2));
     const FourierCoefficients coefficients = fourierCoefficients(radii, weights, table);
+    const auto deformation = [&](const std::vector<int>& selected) {
+        return polygonDeformation(
+            table.cosines[1], table.sines[1], rebuildRadius(coefficients, table, selected));
+    };
     FourierResult result;
-    result.deformOdd
-        = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(1, harmonics, 2)));
-    result.deformEven
-        = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(2, harmonics, 2)));
-    result.deformFc = polygonDeformation(angles, rebuildRadius(coefficients, table, orders(1, harmonics, 1)));
+    result.deformOdd = deformation(orders(1, harmonics, 2));
+    result.deformEven = deformation(orders(2, harmonics, 2));
+    result.deformFc = deformation(orders(1, harmonics, 1));
     return result;
 }
 

@@ -21,6 +21,31 @@ double wrapAngle(double theta)
     return shifted >= twoPi ? shifted - twoPi : shifted;
 }
 
+// Sorts stably by angle. The hull runs counter-clockwise around a centroid inside it, so its angles
+// already rise along it, once round: when they do so strictly, the sorted order is the unique rotation
+// of that sequence, found in one pass instead of a sort.
+void sortByAngle(std::vector<PolarPoint>& polar)
+{
+    const std::size_t n = polar.size();
+    std::size_t falls = 0;
+    bool ties = false;
+    std::size_t smallest = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+        const double here = polar[k].theta;
+        const double next = polar[(k + 1) % n].theta;
+        falls += next < here;
+        ties = ties || !(next != here);
+        if (here < polar[smallest].theta)
+            smallest = k;
+    }
+    if (n > 1 && falls == 1 && !ties) {
+        std::rotate(polar.begin(), polar.begin() + static_cast<std::ptrdiff_t>(smallest), polar.end());
+        return;
+    }
+    std::stable_sort(polar.begin(), polar.end(),
+        [](const PolarPoint& a, const PolarPoint& b) { return a.theta < b.theta; });
+}
+
 } // namespace
 
 bool largestOutline(
@@ -80,8 +105,7 @@ std::vector<PolarPoint> polarHull(const std::vector<cv::Point>& points, int subd
             polar.push_back({ theta, r });
         }
     }
-    std::stable_sort(polar.begin(), polar.end(),
-        [](const PolarPoint& a, const PolarPoint& b) { return a.theta < b.theta; });
+    sortByAngle(polar);
     return polar;
 }
 
@@ -188,10 +212,21 @@ std::vector<double> angularGapWeights(const std::vector<double>& sortedAngles)
 
 double polygonDeformation(const std::vector<double>& angles, const std::vector<double>& radii)
 {
-    std::vector<cv::Point2f> polygon(angles.size());
-    for (std::size_t j = 0; j < angles.size(); ++j)
-        polygon[j] = { static_cast<float>(radii[j] * std::cos(angles[j])),
-            static_cast<float>(radii[j] * std::sin(angles[j])) };
+    std::vector<double> cosines(angles.size());
+    std::vector<double> sines(angles.size());
+    for (std::size_t j = 0; j < angles.size(); ++j) {
+        cosines[j] = std::cos(angles[j]);
+        sines[j] = std::sin(angles[j]);
+    }
+    return polygonDeformation(cosines, sines, radii);
+}
+
+double polygonDeformation(
+    const std::vector<double>& cosines, const std::vector<double>& sines, const std::vector<double>& radii)
+{
+    std::vector<cv::Point2f> polygon(radii.size());
+    for (std::size_t j = 0; j < radii.size(); ++j)
+        polygon[j] = { static_cast<float>(radii[j] * cosines[j]), static_cast<float>(radii[j] * sines[j]) };
     const double area = cv::contourArea(polygon);
     const double length = cv::arcLength(polygon, true);
     return 1.0 - 2.0 * std::sqrt(pi * area) / length;

@@ -61,5 +61,8 @@ std::vector<double> angularGapWeights(const std::vector<double>& sortedAngles);
 // 1 - 2 sqrt(π A) / L of the closed polygon through the points (r_j cos θ_j, r_j sin θ_j), rounded to
 // 32-bit floats: 0 for a circle, growing as the outline departs from one.
 double polygonDeformation(const std::vector<double>& angles, const std::vector<double>& radii);
+// The same with cos θ_j and sin θ_j given, e.g. order 1 of a HarmonicTable.
+double polygonDeformation(
+    const std::vector<double>& cosines, const std::vector<double>& sines, const std::vector<double>& radii);
 
 } // namespace Tessaly

@@ -26,17 +26,6 @@ std::vector<std::vector<double>> compensated(
 
 } // namespace
 
-TEST(Crosstalk, InverseOfATwoByTwoMatrix)
-{
-    // det = 1 - 0.5 * 0.2 = 0.9; the inverse is (1 / 0.9) [[1, -0.5], [-0.2, 1]].
-    SquareMatrix inverse;
-    ASSERT_TRUE(invertMatrix({ { 1.0, 0.5 }, { 0.2, 1.0 } }, inverse));
-    const SquareMatrix expected = { { 1 / 0.9, -0.5 / 0.9 }, { -0.2 / 0.9, 1 / 0.9 } };
-    for (int r = 0; r < 2; ++r)
-        for (int c = 0; c < 2; ++c)
-            EXPECT_NEAR(inverse[r][c], expected[r][c], 1e-12) << r << ", " << c;
-}
-
 TEST(Crosstalk, TrueValuesAreRecovered)
 {
     // Channel i sees S(i, j) of dye j: true values (100, 200, 300) are measured as

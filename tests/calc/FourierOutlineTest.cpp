@@ -1,5 +1,6 @@
 #include "calc/FourierOutline.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -87,7 +88,7 @@ TEST(FourierOutline, DeformationOfPolygons)
 TEST(FourierOutline, LargestOutlineOfAMask)
 {
     // 12 x 8: a 4 x 3 block (area (4-1)(3-1) = 6 between pixel centres) and a 2 x 2 block, whose
-    // boundary has only 4 points.
+    // boundary has only 4 points. (Masks without a usable outline: FourierDeformTest.)
     std::vector<std::uint8_t> mask(12 * 8, 0);
     const auto fill = [&](int x0, int y0, int w, int h, std::uint8_t value) {
         for (int y = y0; y < y0 + h; ++y)
@@ -101,13 +102,34 @@ TEST(FourierOutline, LargestOutlineOfAMask)
     EXPECT_EQ(outline.size(), 10u);
     EXPECT_DOUBLE_EQ(cv::contourArea(outline), 6.0);
 
-    std::vector<std::uint8_t> small(12 * 8, 0);
-    small[13] = small[14] = small[25] = small[26] = 255;
-    EXPECT_FALSE(largestOutline(small, 12, 8, outline));
-    // A line of pixels has enough points but no area.
-    std::vector<std::uint8_t> line(12 * 8, 0);
-    std::fill(line.begin() + 24, line.begin() + 34, 255);
-    EXPECT_FALSE(largestOutline(line, 12, 8, outline));
-    EXPECT_FALSE(largestOutline(std::vector<std::uint8_t>(12 * 8, 0), 12, 8, outline));
     EXPECT_FALSE(largestOutline(mask, 12, 9, outline)); // fewer bytes than the size says
+}
+
+TEST(FourierOutline, PolarHullIsSortedByAngleAroundTheCentroid)
+{
+    // A rectangle 0..40 x 0..20 with points inside and on an edge: only the 4 corners span the hull,
+    // each edge gives 4 points, and the centroid is (20, 10). Whichever way round the points come,
+    // the result is the same.
+    std::vector<cv::Point> points
+        = { { 0, 0 }, { 20, 0 }, { 40, 0 }, { 40, 20 }, { 0, 20 }, { 10, 10 }, { 30, 5 } };
+    const std::vector<PolarPoint> polar = polarHull(points, 4);
+    ASSERT_EQ(polar.size(), 16u);
+    for (std::size_t j = 1; j < polar.size(); ++j)
+        EXPECT_LT(polar[j - 1].theta, polar[j].theta) << j;
+    // The smallest angle, 0, belongs to the midpoint (40, 10) of the right edge: 20 from the centroid.
+    EXPECT_NEAR(polar.front().theta, 0.0, 1e-12);
+    EXPECT_NEAR(polar.front().r, 20.0, 1e-12);
+    // The corner (0, 0) lies at (-20, -10): angle π + atan(1/2).
+    const auto corner = std::find_if(polar.begin(), polar.end(),
+        [](const PolarPoint& p) { return std::abs(p.theta - (pi + std::atan(0.5))) < 1e-12; });
+    ASSERT_NE(corner, polar.end());
+    EXPECT_NEAR(corner->r, std::sqrt(500.0), 1e-12);
+
+    std::reverse(points.begin(), points.end());
+    const std::vector<PolarPoint> reversed = polarHull(points, 4);
+    ASSERT_EQ(reversed.size(), polar.size());
+    for (std::size_t j = 0; j < polar.size(); ++j)
+        EXPECT_NEAR(reversed[j].theta, polar[j].theta, 1e-12) << j;
+
+    EXPECT_THROW(polarHull({ { 1, 1 }, { 2, 2 }, { 3, 3 } }, 4), std::domain_error);
 }
