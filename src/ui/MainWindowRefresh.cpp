@@ -88,7 +88,7 @@ void MainWindow::onFilterChanged()
         return;
     // The columns are used by reference throughout; a calculation on the thread pool that replaces
     // one of them waits for this lock.
-    const std::lock_guard<std::recursive_mutex> readerLock(hdf5Mutex());
+    std::unique_lock<std::recursive_mutex> readerLock(hdf5Mutex());
     const std::string xKey = comboKey(xFeatureCombo);
     const std::string yKey = comboKey(yFeatureCombo);
     if (xKey.empty() || yKey.empty())
@@ -97,6 +97,8 @@ void MainWindow::onFilterChanged()
     const std::vector<double>& xColumn = reader.getFeature(xKey);
     const std::vector<double>& yColumn = reader.getFeature(yKey);
     if (xColumn.empty() || yColumn.empty()) {
+        // Not held across the dialog, whose event loop may run for long.
+        readerLock.unlock();
         MessageBoxes::warning(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToReadFeatureText);
         return;
     }

@@ -2,6 +2,7 @@
 #include "MainWindowFixture.h"
 #include "calc/EModulus.h"
 #include "io/Hdf5Mutex.h"
+#include "plot/ScatterPlot.h"
 #include "support/FixtureWriter.h"
 #include "ui/CalculationsDockWidget.h"
 #include "ui/CalculationsTexts.h"
@@ -455,4 +456,30 @@ TEST_F(MainWindowCalculations, YoungsModulusOfAllFallsBackPerDataset)
     EXPECT_GE(compared, 4);
     EXPECT_GE(window->findChild<QComboBox*>("yFeatureCombo")->findData(QStringLiteral("emodulus")), 0);
     EXPECT_EQ(fingerprint(eventPath), before);
+}
+
+// A job that recomputes a plotted feature resets the zoom once; one that changes nothing plotted
+// leaves the user's zoom alone.
+TEST_F(MainWindowCalculations, RecomputingAPlottedFeatureResetsTheZoom)
+{
+    makeWindow();
+    open({ writeChannels("a.vqd", 2) });
+    auto* plot = window->findChild<ScatterPlot*>("scatterPlot");
+    auto* x = window->findChild<QComboBox*>("xFeatureCombo");
+
+    plot->setAxisScale(QwtPlot::xBottom, 0, 1);
+    button(CalculationJob::Compensation)->click();
+    ASSERT_TRUE(waitForJob());
+    EXPECT_FALSE(plot->axisAutoScale(QwtPlot::xBottom));
+
+    x->setCurrentIndex(x->findData(QStringLiteral("fl1_max_ctc")));
+    plot->setAxisScale(QwtPlot::xBottom, 0, 1);
+    button(CalculationJob::Compensation)->click();
+    ASSERT_TRUE(waitForJob());
+    EXPECT_TRUE(plot->axisAutoScale(QwtPlot::xBottom));
+
+    // The question was for that one refresh only.
+    plot->setAxisScale(QwtPlot::xBottom, 0, 1);
+    window->onFilterChanged();
+    EXPECT_FALSE(plot->axisAutoScale(QwtPlot::xBottom));
 }
