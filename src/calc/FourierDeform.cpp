@@ -3,7 +3,6 @@
 #include "calc/FourierOutline.h"
 #include "io/VQDReader.h"
 
-#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
 #include <algorithm>
 #include <cmath>
@@ -15,9 +14,8 @@ namespace Tessaly {
 namespace {
 
 constexpr double pi = 3.141592653589793;
-// Events per progress step, and events that the thread pool shares out at a time.
+// Events per progress step, read at once and shared out over the thread pool.
 constexpr std::size_t progressStep = 100;
-constexpr std::size_t blocksPerWave = 16;
 
 std::vector<int> orders(int first, int harmonics, int step)
 {
@@ -62,13 +60,11 @@ FourierResult analyze(const std::vector<cv::Point>& points, int harmonics, bool 
     return result;
 }
 
-// The three features of one event, left at NaN when its mask has no usable outline.
-void analyzeEvent(VQDReader& reader, std::size_t index, double& odd, double& even, double& fc)
+// The three features of one event from its mask, left at NaN when the mask has no usable outline.
+void analyzeMask(
+    const std::vector<std::uint8_t>& mask, int width, int height, double& odd, double& even, double& fc)
 {
     try {
-        int width = 0;
-        int height = 0;
-        const std::vector<std::uint8_t> mask = reader.getMask(index, &width, &height);
         std::vector<cv::Point> outline;
         if (mask.empty() || !largestOutline(mask, width, height, outline))
             return;
@@ -115,22 +111,21 @@ bool FourierDeform::compute(VQDReader* reader)
     std::vector<double> even(events, nan);
     std::vector<double> fc(events, nan);
 
-    // Events are independent: blocks of them are shared out over the thread pool, a wave at a time, so
-    // that progress can be told in order from this thread. Masks are read under the reader's lock; the
-    // analysis runs beside the next read.
-    std::vector<std::size_t> blocks;
-    for (std::size_t wave = 0; wave < events; wave += progressStep * blocksPerWave) {
-        blocks.clear();
-        for (std::size_t begin = wave; begin < std::min(events, wave + progressStep * blocksPerWave);
-             begin += progressStep) {
-            blocks.push_back(begin);
-            emit progressChanged(
-                static_cast<int>(static_cast<double>(begin) * 100.0 / static_cast<double>(events)));
-        }
-        QtConcurrent::blockingMap(blocks, [&](std::size_t begin) {
-            const std::size_t end = std::min(begin + progressStep, events);
-            for (std::size_t i = begin; i < end; ++i)
-                analyzeEvent(*reader, i, odd[i], even[i], fc[i]);
+    // Events are independent. Each block of 100 masks is read at once, then analysed on all cores; only
+    // one block of masks is held at a time.
+    std::vector<std::size_t> block;
+    for (std::size_t begin = 0; begin < events; begin += progressStep) {
+        emit progressChanged(
+            static_cast<int>(static_cast<double>(begin) * 100.0 / static_cast<double>(events)));
+        int width = 0;
+        int height = 0;
+        const std::vector<std::vector<std::uint8_t>> masks
+            = reader->getMasks(begin, std::min(progressStep, events - begin), &width, &height);
+        block.resize(masks.size());
+        std::iota(block.begin(), block.end(), std::size_t { 0 });
+        QtConcurrent::blockingMap(block, [&](std::size_t k) {
+            const std::size_t i = begin + k;
+            analyzeMask(masks[k], width, height, odd[i], even[i], fc[i]);
         });
     }
 

@@ -614,14 +614,31 @@ std::vector<std::uint8_t> VQDReader::getMask(std::size_t index, int* width, int*
     return readFrame(maskPath, "mask", m_maskAvailable, index, width, height);
 }
 
+std::vector<std::vector<std::uint8_t>> VQDReader::getMasks(
+    std::size_t first, std::size_t count, int* width, int* height)
+{
+    Lock lock(hdf5Mutex());
+    return readFrames(maskPath, "mask", m_maskAvailable, first, count, width, height);
+}
+
 // One frame of a stack (events, height, width), read through a hyperslab of one event.
 std::vector<std::uint8_t> VQDReader::readFrame(
     const char* path, const char* what, bool available, std::size_t index, int* width, int* height)
 {
-    if (!available || !m_fileOpen || !m_file)
+    std::vector<std::vector<std::uint8_t>> frames
+        = readFrames(path, what, available, index, 1, width, height);
+    return frames.empty() ? std::vector<std::uint8_t>() : std::move(frames.front());
+}
+
+// Frames [first, first + count) of a stack (events, height, width) through one hyperslab; fewer at the
+// end of the stack.
+std::vector<std::vector<std::uint8_t>> VQDReader::readFrames(const char* path, const char* what,
+    bool available, std::size_t first, std::size_t count, int* width, int* height)
+{
+    if (!available || !m_fileOpen || !m_file || count == 0)
         return {};
     const std::string failure
-        = std::string("Error reading ") + what + " at index " + std::to_string(index) + ": ";
+        = std::string("Error reading ") + what + " at index " + std::to_string(first) + ": ";
     try {
         const H5::DataSet dataset = m_file->openDataSet(path);
         refuseForeignStorage(dataset);
@@ -630,8 +647,9 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         if (dims.size() != 3)
             throw std::runtime_error(
                 "a stack of frames has 3 dimensions, this one " + std::to_string(dims.size()));
-        if (index >= dims[0])
+        if (first >= dims[0])
             return {};
+        const hsize_t frames = std::min<hsize_t>(count, dims[0] - first);
         const hsize_t rows = dims[1];
         const hsize_t columns = dims[2];
         if (rows == 0 || columns == 0)
@@ -639,24 +657,29 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         if (rows > maxFrameSide || columns > maxFrameSide)
             throw std::runtime_error("a frame of " + std::to_string(rows) + " x " + std::to_string(columns)
                 + " pixels is larger than " + std::to_string(maxFrameSide) + " pixels a side");
+        const std::string size = std::to_string(rows) + " x " + std::to_string(columns) + " pixels";
         refuseOversizedRead(dataset,
-            "a frame of " + std::to_string(rows) + " x " + std::to_string(columns) + " pixels",
-            rows * columns);
+            frames == 1 ? "a frame of " + size : std::to_string(frames) + " frames of " + size,
+            saturatingProduct(frames, rows * columns));
 
-        const hsize_t start[3] = { index, 0, 0 };
-        const hsize_t count[3] = { 1, rows, columns };
-        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
-        const hsize_t frame[2] = { rows, columns };
-        const H5::DataSpace memorySpace(2, frame);
-        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows * columns));
+        const hsize_t start[3] = { first, 0, 0 };
+        const hsize_t extent[3] = { frames, rows, columns };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, extent, start);
+        const H5::DataSpace memorySpace(3, extent);
+        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(frames * rows * columns));
         const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         dataset.read(pixels.data(), H5::PredType::NATIVE_UINT8, memorySpace, fileSpace);
+        std::vector<std::vector<std::uint8_t>> result(static_cast<std::size_t>(frames));
+        const auto frameSize = static_cast<std::ptrdiff_t>(rows * columns);
+        for (std::size_t f = 0; f < result.size(); ++f)
+            result[f].assign(pixels.begin() + static_cast<std::ptrdiff_t>(f) * frameSize,
+                pixels.begin() + static_cast<std::ptrdiff_t>(f + 1) * frameSize);
         // The sizes are given out only with the pixels, so that a failed read leaves them as they were.
         if (width)
             *width = static_cast<int>(columns);
         if (height)
             *height = static_cast<int>(rows);
-        return pixels;
+        return result;
     } catch (const H5::Exception& e) {
         reportError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {

@@ -78,6 +78,11 @@ public:
     std::vector<std::uint8_t> getImage(std::size_t index, int* width, int* height);
     std::vector<std::uint8_t> getMask(std::size_t index, int* width, int* height);
 
+    // Masks [first, first + count) in one read, for callers that go through many events: fewer at the end
+    // of the stack, none when there is nothing to read; all of the size given out.
+    std::vector<std::vector<std::uint8_t>> getMasks(
+        std::size_t first, std::size_t count, int* width, int* height);
+
     // Stored trace names and aliases, ascending, and the samples per trace.
     std::vector<std::string> traceNames() const;
     std::uint64_t traceLength() const { return m_traceLength; }
@@ -108,6 +113,8 @@ private:
     void determineEventCount();
     std::vector<std::uint8_t> readFrame(
         const char* dataset, const char* what, bool available, std::size_t index, int* width, int* height);
+    std::vector<std::vector<std::uint8_t>> readFrames(const char* dataset, const char* what, bool available,
+        std::size_t first, std::size_t count, int* width, int* height);
     std::vector<float> readStoredTrace(const std::string& name, std::size_t index);
     std::vector<std::vector<float>> readStoredRows(
         const std::string& name, std::size_t first, std::size_t count);

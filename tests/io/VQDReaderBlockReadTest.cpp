@@ -20,7 +20,17 @@ std::vector<std::vector<std::int16_t>> rows()
     return values;
 }
 
-class VQDReaderTraceBlock : public IoTest
+// Five masks of 2 x 3 pixels; pixel p of mask e is e + p.
+std::vector<std::uint8_t> masks()
+{
+    std::vector<std::uint8_t> values;
+    for (int e = 0; e < 5; ++e)
+        for (int p = 0; p < 6; ++p)
+            values.push_back(static_cast<std::uint8_t>(e + p));
+    return values;
+}
+
+class VQDReaderBlockRead : public IoTest
 {
 protected:
     void SetUp() override
@@ -30,6 +40,7 @@ protected:
             .column<double>("deform", std::vector<double>(5, 0.1))
             .trace<std::int16_t>("fl1_raw", rows(), Storage::deflate(4, 2))
             .trace<float>("fl2_median", { { 1.5f, 2.5f }, { 3.5f, 4.5f } })
+            .imageStack("mask", 5, 2, 3, masks(), Storage::deflate(4, 1))
             .close();
         ASSERT_TRUE(reader.open(path));
     }
@@ -39,7 +50,7 @@ protected:
 
 } // namespace
 
-TEST_F(VQDReaderTraceBlock, RowsAsOneReadGivesWhatSingleReadsGive)
+TEST_F(VQDReaderBlockRead, RowsAsOneReadGivesWhatSingleReadsGive)
 {
     // Chunks of two rows, so that the block starts inside one and ends inside another.
     const auto block = reader.getRawTraces("fl1_raw", 1, 3);
@@ -50,7 +61,7 @@ TEST_F(VQDReaderTraceBlock, RowsAsOneReadGivesWhatSingleReadsGive)
     EXPECT_THAT(reader.getRawTraces("fl2_median", 0, 2)[1], ElementsAre(3.5f, 4.5f));
 }
 
-TEST_F(VQDReaderTraceBlock, FewerRowsAtTheEndNoneBeyond)
+TEST_F(VQDReaderBlockRead, FewerRowsAtTheEndNoneBeyond)
 {
     EXPECT_EQ(reader.getRawTraces("fl1_raw", 3, 10).size(), 2u);
     EXPECT_THAT(reader.getRawTraces("fl1_raw", 5, 1), IsEmpty());
@@ -61,7 +72,7 @@ TEST_F(VQDReaderTraceBlock, FewerRowsAtTheEndNoneBeyond)
         testing::StartsWith("Error reading trace 'fl9_raw' at index 0: "));
 }
 
-TEST_F(VQDReaderTraceBlock, AnAliasGivesItsSourceUnfiltered)
+TEST_F(VQDReaderBlockRead, AnAliasGivesItsSourceUnfiltered)
 {
     reader.addTraceAlias("fl1_median_rf", "fl1_raw");
     const auto block = reader.getRawTraces("fl1_median_rf", 2, 1);
@@ -69,4 +80,22 @@ TEST_F(VQDReaderTraceBlock, AnAliasGivesItsSourceUnfiltered)
     EXPECT_EQ(block[0], reader.getTrace("fl1_raw", 2));
     // Filtered by the reader's settings it is the alias's trace.
     EXPECT_EQ(applyTraceProcessing(block[0], reader.traceProcessing()), reader.getTrace("fl1_median_rf", 2));
+}
+
+TEST_F(VQDReaderBlockRead, MasksAsOneReadGiveWhatSingleReadsGive)
+{
+    int width = 0;
+    int height = 0;
+    const auto block = reader.getMasks(3, 4, &width, &height);
+    ASSERT_EQ(block.size(), 2u); // events 3 and 4 only
+    EXPECT_EQ(width, 3);
+    EXPECT_EQ(height, 2);
+    for (std::size_t f = 0; f < block.size(); ++f)
+        EXPECT_EQ(block[f], reader.getMask(3 + f, nullptr, nullptr)) << f;
+    EXPECT_THAT(block[1], ElementsAre(4, 5, 6, 7, 8, 9));
+
+    // Nothing to read leaves the sizes as they were.
+    int untouched = -1;
+    EXPECT_THAT(reader.getMasks(5, 2, &untouched, &untouched), IsEmpty());
+    EXPECT_EQ(untouched, -1);
 }
