@@ -614,14 +614,31 @@ std::vector<std::uint8_t> VQDReader::getMask(std::size_t index, int* width, int*
     return readFrame(maskPath, "mask", m_maskAvailable, index, width, height);
 }
 
+std::vector<std::vector<std::uint8_t>> VQDReader::getMasks(
+    std::size_t first, std::size_t count, int* width, int* height)
+{
+    Lock lock(hdf5Mutex());
+    return readFrames(maskPath, "mask", m_maskAvailable, first, count, width, height);
+}
+
 // One frame of a stack (events, height, width), read through a hyperslab of one event.
 std::vector<std::uint8_t> VQDReader::readFrame(
     const char* path, const char* what, bool available, std::size_t index, int* width, int* height)
 {
-    if (!available || !m_fileOpen || !m_file)
+    std::vector<std::vector<std::uint8_t>> frames
+        = readFrames(path, what, available, index, 1, width, height);
+    return frames.empty() ? std::vector<std::uint8_t>() : std::move(frames.front());
+}
+
+// Frames [first, first + count) of a stack (events, height, width) through one hyperslab; fewer at the
+// end of the stack.
+std::vector<std::vector<std::uint8_t>> VQDReader::readFrames(const char* path, const char* what,
+    bool available, std::size_t first, std::size_t count, int* width, int* height)
+{
+    if (!available || !m_fileOpen || !m_file || count == 0)
         return {};
     const std::string failure
-        = std::string("Error reading ") + what + " at index " + std::to_string(index) + ": ";
+        = std::string("Error reading ") + what + " at index " + std::to_string(first) + ": ";
     try {
         const H5::DataSet dataset = m_file->openDataSet(path);
         refuseForeignStorage(dataset);
@@ -630,8 +647,9 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         if (dims.size() != 3)
             throw std::runtime_error(
                 "a stack of frames has 3 dimensions, this one " + std::to_string(dims.size()));
-        if (index >= dims[0])
+        if (first >= dims[0])
             return {};
+        const hsize_t frames = std::min<hsize_t>(count, dims[0] - first);
         const hsize_t rows = dims[1];
         const hsize_t columns = dims[2];
         if (rows == 0 || columns == 0)
@@ -639,24 +657,29 @@ std::vector<std::uint8_t> VQDReader::readFrame(
         if (rows > maxFrameSide || columns > maxFrameSide)
             throw std::runtime_error("a frame of " + std::to_string(rows) + " x " + std::to_string(columns)
                 + " pixels is larger than " + std::to_string(maxFrameSide) + " pixels a side");
+        const std::string size = std::to_string(rows) + " x " + std::to_string(columns) + " pixels";
         refuseOversizedRead(dataset,
-            "a frame of " + std::to_string(rows) + " x " + std::to_string(columns) + " pixels",
-            rows * columns);
+            frames == 1 ? "a frame of " + size : std::to_string(frames) + " frames of " + size,
+            saturatingProduct(frames, rows * columns));
 
-        const hsize_t start[3] = { index, 0, 0 };
-        const hsize_t count[3] = { 1, rows, columns };
-        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
-        const hsize_t frame[2] = { rows, columns };
-        const H5::DataSpace memorySpace(2, frame);
-        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(rows * columns));
+        const hsize_t start[3] = { first, 0, 0 };
+        const hsize_t extent[3] = { frames, rows, columns };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, extent, start);
+        const H5::DataSpace memorySpace(3, extent);
+        std::vector<std::uint8_t> pixels(static_cast<std::size_t>(frames * rows * columns));
         const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         dataset.read(pixels.data(), H5::PredType::NATIVE_UINT8, memorySpace, fileSpace);
+        std::vector<std::vector<std::uint8_t>> result(static_cast<std::size_t>(frames));
+        const auto frameSize = static_cast<std::ptrdiff_t>(rows * columns);
+        for (std::size_t f = 0; f < result.size(); ++f)
+            result[f].assign(pixels.begin() + static_cast<std::ptrdiff_t>(f) * frameSize,
+                pixels.begin() + static_cast<std::ptrdiff_t>(f + 1) * frameSize);
         // The sizes are given out only with the pixels, so that a failed read leaves them as they were.
         if (width)
             *width = static_cast<int>(columns);
         if (height)
             *height = static_cast<int>(rows);
-        return pixels;
+        return result;
     } catch (const H5::Exception& e) {
         reportError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {
@@ -686,12 +709,30 @@ std::vector<float> VQDReader::getTrace(const std::string& name, std::size_t inde
     return filtered;
 }
 
-// One event's row of /events/trace/<name>, unfiltered. Two-byte integers go through signed 16 bit,
-// everything else is converted to float by the library.
+// One event's row of /events/trace/<name>, unfiltered.
 std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size_t index)
 {
-    if (!m_fileOpen || !m_file || !m_tracesAvailable)
+    std::vector<std::vector<float>> rows = readStoredRows(name, index, 1);
+    return rows.empty() ? std::vector<float>() : std::move(rows.front());
+}
+
+std::vector<std::vector<float>> VQDReader::getRawTraces(
+    const std::string& name, std::size_t first, std::size_t count)
+{
+    Lock lock(hdf5Mutex());
+    const auto alias = m_traceAliases.find(name);
+    return readStoredRows(alias == m_traceAliases.end() ? name : alias->second, first, count);
+}
+
+// Rows [first, first + count) of /events/trace/<name>, unfiltered, by one hyperslab; fewer at the end of
+// the dataset. Two-byte integers go through signed 16 bit, everything else is converted to float by
+// the library.
+std::vector<std::vector<float>> VQDReader::readStoredRows(
+    const std::string& name, std::size_t first, std::size_t count)
+{
+    if (!m_fileOpen || !m_file || !m_tracesAvailable || count == 0)
         return {};
+    const std::string failure = "Error reading trace '" + name + "' at index " + std::to_string(first) + ": ";
     try {
         const H5::DataSet dataset = m_file->openDataSet(std::string(traceGroup) + '/' + name);
         refuseForeignStorage(dataset);
@@ -699,32 +740,37 @@ std::vector<float> VQDReader::readStoredTrace(const std::string& name, std::size
         const std::vector<hsize_t> dims = extentOf(fileSpace);
         if (dims.size() != 2)
             throw std::runtime_error("a trace has 2 dimensions, this one " + std::to_string(dims.size()));
-        if (index >= dims[0] || dims[1] == 0)
+        if (first >= dims[0] || dims[1] == 0)
             return {};
 
+        const hsize_t rows = std::min<hsize_t>(count, dims[0] - first);
         const hsize_t samples = dims[1];
-        // The trace as floats and, for two-byte integers, the buffer they are read into.
+        // The traces as floats and, for two-byte integers, the buffer they are read into.
         refuseOversizedRead(dataset, "a trace of " + std::to_string(samples) + " samples",
-            saturatingProduct(samples, sizeof(float) + sizeof(std::int16_t)));
-        const hsize_t start[2] = { index, 0 };
-        const hsize_t count[2] = { 1, samples };
-        fileSpace.selectHyperslab(H5S_SELECT_SET, count, start);
-        const H5::DataSpace memorySpace(1, &samples);
-        std::vector<float> trace(static_cast<std::size_t>(samples), 0.0f);
+            saturatingProduct(saturatingProduct(rows, samples), sizeof(float) + sizeof(std::int16_t)));
+        const hsize_t start[2] = { first, 0 };
+        const hsize_t extent[2] = { rows, samples };
+        fileSpace.selectHyperslab(H5S_SELECT_SET, extent, start);
+        const H5::DataSpace memorySpace(2, extent);
+        std::vector<float> values(static_cast<std::size_t>(rows * samples), 0.0f);
         const ExpectedChunkSize wholeChunks(static_cast<std::size_t>(chunkBytes(dataset)));
         if (dataset.getTypeClass() == H5T_INTEGER && dataset.getDataType().getSize() == 2) {
-            std::vector<std::int16_t> buffer(trace.size());
+            std::vector<std::int16_t> buffer(values.size());
             dataset.read(buffer.data(), H5::PredType::NATIVE_INT16, memorySpace, fileSpace);
-            std::copy(buffer.begin(), buffer.end(), trace.begin());
+            std::copy(buffer.begin(), buffer.end(), values.begin());
         } else {
-            dataset.read(trace.data(), H5::PredType::NATIVE_FLOAT, memorySpace, fileSpace);
+            dataset.read(values.data(), H5::PredType::NATIVE_FLOAT, memorySpace, fileSpace);
         }
-        return trace;
+        std::vector<std::vector<float>> result(static_cast<std::size_t>(rows));
+        for (std::size_t r = 0; r < result.size(); ++r) {
+            const auto begin = values.begin() + static_cast<std::ptrdiff_t>(r * samples);
+            result[r].assign(begin, begin + static_cast<std::ptrdiff_t>(samples));
+        }
+        return result;
     } catch (const H5::Exception& e) {
-        reportError(
-            "Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.getDetailMsg());
+        reportError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error reading trace '" + name + "' at index " + std::to_string(index) + ": ", e.what());
+        reportError(failure, e.what());
     }
     return {};
 }

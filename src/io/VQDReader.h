@@ -78,12 +78,23 @@ public:
     std::vector<std::uint8_t> getImage(std::size_t index, int* width, int* height);
     std::vector<std::uint8_t> getMask(std::size_t index, int* width, int* height);
 
+    // Masks [first, first + count) in one read, for callers that go through many events: fewer at the end
+    // of the stack, none when there is nothing to read; all of the size given out.
+    std::vector<std::vector<std::uint8_t>> getMasks(
+        std::size_t first, std::size_t count, int* width, int* height);
+
     // Stored trace names and aliases, ascending, and the samples per trace.
     std::vector<std::string> traceNames() const;
     std::uint64_t traceLength() const { return m_traceLength; }
     // One event's trace. A stored name gives the values of the file, whatever the filter settings; an
     // alias gives its source trace through the filter chain. Empty when there is nothing to give.
     std::vector<float> getTrace(const std::string& name, std::size_t index);
+    // Rows [first, first + count) of a stored trace as the file holds them, in one read: fewer at the end
+    // of the file, none when there is nothing to read. An alias gives its source's rows, unfiltered, for
+    // callers that filter many traces at once on threads of their own (applyTraceProcessing with
+    // traceProcessing() gives what getTrace gives).
+    std::vector<std::vector<float>> getRawTraces(
+        const std::string& name, std::size_t first, std::size_t count);
     // Makes `alias` name the filtered view of the stored trace `source` and lists it among the traces.
     void addTraceAlias(const std::string& alias, const std::string& source);
     // The filters that aliases run through; a change recomputes every alias at its next read.
@@ -102,7 +113,11 @@ private:
     void determineEventCount();
     std::vector<std::uint8_t> readFrame(
         const char* dataset, const char* what, bool available, std::size_t index, int* width, int* height);
+    std::vector<std::vector<std::uint8_t>> readFrames(const char* dataset, const char* what, bool available,
+        std::size_t first, std::size_t count, int* width, int* height);
     std::vector<float> readStoredTrace(const std::string& name, std::size_t index);
+    std::vector<std::vector<float>> readStoredRows(
+        const std::string& name, std::size_t first, std::size_t count);
     void forgetLastTrace();
 
     std::unique_ptr<H5::H5File> m_file;

@@ -32,6 +32,7 @@ MainWindow::MainWindow(QWidget* parent)
     setCentralWidget(createCentralPanel());
     createMenus();
     connectSignals();
+    createCalculationEngines();
 
     setWindowTitle(MainWindowTexts::windowTitle);
     resize(1400, 900);
@@ -42,6 +43,7 @@ MainWindow::MainWindow(QWidget* parent)
 
 MainWindow::~MainWindow()
 {
+    waitForCalculation();
     // The reader of a dataset whose preload still runs stays alive with the task's own reference.
     for (DatasetEntry* entry : datasetList)
         delete entry;

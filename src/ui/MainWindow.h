@@ -35,10 +35,15 @@ class QTreeWidget;
 namespace Tessaly {
 
 struct DatasetEntry;
+struct CalculationTask;
 class CalculationsDockWidget;
+class EModulus;
+class FLCompensation;
+class FLRefinement;
+class FourierDeform;
+enum class CalculationJob;
 class DatasetListWidget;
 class DatasetTreeWidget;
-class EModulus;
 class FilterDockWidget;
 class ImageViewer;
 class ScatterPlot;
@@ -122,7 +127,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
 // datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp, MainWindowIsoelastics.cpp
 // (Young's modulus lines on the plot), MainWindowPolygons.cpp (polygon gates drawn and edited on
-// the plot) and MainWindowStart.cpp (the start panel and the entries of features not built yet).
+// the plot), MainWindowCalculations.cpp (the jobs of the calculations dock) and MainWindowStart.cpp
+// (the start panel and the entries of features not built yet).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -230,6 +236,18 @@ public Q_SLOTS:
     void onPolygonEdited(int id, const QPolygonF& polygon);
     void onPolygonEditingStopped(int id);
 
+    // Calculations (MainWindowCalculations.cpp): one job at a time on the global thread pool.
+    void onRefineFluorescence();
+    void onCompensateCrosstalk();
+    void onComputeEmodulus();
+    void onComputeFourierDeform();
+
+public:
+    bool isCalculationRunning() const { return calcBusy; }
+    // Hands `work` to the thread pool and keeps `finish` for the interface thread; nothing happens
+    // while another job runs.
+    void runCalculation(std::function<void()> work, std::function<void()> finish);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -249,6 +267,7 @@ private Q_SLOTS:
     void updateContours();
     void updateIsoelastics();
     void updateStartPanel();
+    void onCalcFinished();
 
 private:
     // Construction, by concern.
@@ -303,6 +322,15 @@ private:
     void startPolygonEditOf(int id, const FilterRule* rule);
     const FilterRule* polygonRuleOf(int id) const;
     void keepPolygonEditValid();
+    // Calculations.
+    void createCalculationEngines();
+    void waitForCalculation();
+    DatasetEntry* calculationTarget() const;
+    void finishCalculation(CalculationJob job, const std::vector<int>& datasetIds,
+        const std::shared_ptr<std::vector<char>>& results, std::function<bool(const std::string&)> changed,
+        std::function<void(DatasetEntry&)> mark);
+    void updateCalculationsDock(DatasetEntry& entry);
+    void rebuildRestoredFeatures(DatasetEntry& entry);
 
     // Session.
     std::vector<DatasetEntry*> datasetList;
@@ -364,6 +392,12 @@ private:
 
     // Young's modulus (MainWindowIsoelastics.cpp): made before the docks, which show its table.
     EModulus* emodulusEngine = nullptr;
+    // Calculations: the other engines, made once, and the one job that may run.
+    FLRefinement* flRefinement = nullptr;
+    FLCompensation* flCompensation = nullptr;
+    FourierDeform* fourierDeform = nullptr;
+    bool calcBusy = false;
+    std::function<void()> calcFinish;
 
     // Docks and their widgets.
     QDockWidget* datasetsDock = nullptr;

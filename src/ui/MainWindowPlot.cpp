@@ -2,6 +2,7 @@
 // and the metadata tree.
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
+#include "io/Hdf5Mutex.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -25,6 +26,7 @@
 #include <QTreeWidget>
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <set>
 #include <utility>
 
@@ -106,7 +108,7 @@ void MainWindow::showActiveDataset()
         const QSignalBlocker blocker(renameEdit);
         renameEdit->setText(entry->displayName);
     }
-    calculationsDock->setDataset(entry);
+    updateCalculationsDock(*entry);
 
     {
         const QSignalBlocker blockX(xFeatureCombo);
@@ -174,6 +176,8 @@ void MainWindow::populateFeatureCombos()
     const DatasetEntry* entry = activeEntry();
     if (!entry)
         return;
+    // A calculation on the thread pool may add a feature meanwhile; it waits for this lock.
+    const std::lock_guard<std::recursive_mutex> readerLock(hdf5Mutex());
     colorFeatureCombo->addItem(QStringLiteral("None"), QString());
     colorFeatureCombo->addItem(MainWindowTexts::densityKdeText, MainWindowTexts::densityKdeKey);
     for (const std::string& name : entry->reader->featureNames()) {

@@ -7,6 +7,7 @@
 #include "core/FluorescenceChannels.h"
 #include "core/PolygonRuleId.h"
 #include "core/ScaleModes.h"
+#include "io/Hdf5Mutex.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -25,6 +26,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 
 namespace Tessaly {
 
@@ -87,6 +89,9 @@ void MainWindow::onFilterChanged()
     DatasetEntry* entry = activeEntry();
     if (!entry || !entry->reader->isOpen())
         return;
+    // The columns are used by reference throughout; a calculation on the thread pool that replaces
+    // one of them waits for this lock.
+    std::unique_lock<std::recursive_mutex> readerLock(hdf5Mutex());
     const std::string xKey = comboKey(xFeatureCombo);
     const std::string yKey = comboKey(yFeatureCombo);
     if (xKey.empty() || yKey.empty())
@@ -95,6 +100,8 @@ void MainWindow::onFilterChanged()
     const std::vector<double>& xColumn = reader.getFeature(xKey);
     const std::vector<double>& yColumn = reader.getFeature(yKey);
     if (xColumn.empty() || yColumn.empty()) {
+        // Not held across the dialog, whose event loop may run for long.
+        readerLock.unlock();
         MessageBoxes::warning(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToReadFeatureText);
         return;
     }
@@ -389,6 +396,7 @@ void MainWindow::showEventData(int event)
 
     showEventTraces(event);
 
+    const std::lock_guard<std::recursive_mutex> readerLock(hdf5Mutex());
     std::vector<std::string> features;
     for (const std::string& name : reader.featureNames()) {
         if (isScalarFeature(name))
