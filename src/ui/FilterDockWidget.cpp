@@ -134,9 +134,9 @@ FilterDockWidget::FilterDockWidget(QWidget* parent)
 QWidget* FilterDockWidget::createButtonRow()
 {
     auto* row = new QWidget(filterBox);
-    auto* layout = new QHBoxLayout(row);
+    // The buttons wrap onto a second line in a narrow dock rather than widen it.
+    auto* layout = new FlowLayout(row, 4);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(4);
     QPushButton* addRuleButton
         = makeButton(FilterDockTexts::addRule, FilterDockTexts::addRuleToolTip, "addRuleButton", row);
     polygonButton = makeButton(
@@ -173,7 +173,6 @@ QWidget* FilterDockWidget::createButtonRow()
     layout->addWidget(addRuleButton);
     layout->addWidget(polygonButton);
     layout->addWidget(addGroupButton);
-    layout->addStretch(1);
     layout->addWidget(moreButton);
 
     connect(addRuleButton, &QPushButton::clicked, this, &FilterDockWidget::onAddRule);
