@@ -2,6 +2,7 @@
 
 #include "core/EventFilter.h"
 #include "core/FilterGroup.h"
+#include "ui/ExportConfig.h"
 
 #include <QFutureWatcher>
 #include <QList>
@@ -115,7 +116,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
 // menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
-// dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
+// dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterGroups.cpp and
+// MainWindowExport.cpp (data export).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -150,6 +152,11 @@ public:
     int openSessionDataset(const QString& path);
     bool isPreloadRunning() const { return preloadRunning; }
 
+    // Writes the events of `entry` that pass its effective filter in the format `config` asks for,
+    // beside its file or in the configured folder. Failures are reported in a message box; true when
+    // the file was written.
+    bool exportDataset(DatasetEntry* entry, const ExportConfig& config);
+
     // What the plot shows of the active dataset: the points, and for each point its event (empty
     // when all events are shown in file order).
     const std::vector<double>& plottedX() const { return plotX; }
@@ -178,6 +185,8 @@ public Q_SLOTS:
     void onMaskToggled(bool checked);
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
+    // Data export: the dialog, then the current dataset or all of them.
+    void exportData();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -334,6 +343,10 @@ private:
     QAction* checkOnStartupAction = nullptr;
     // No expert mode exists; the field stays null so that sessions always record it as off.
     QAction* expertModeAction = nullptr;
+
+    // Data export: the choices of the last export dialog, for the next one.
+    ExportConfig lastExportConfig;
+    bool lastExportConfigSet = false;
 };
 
 } // namespace Tessaly

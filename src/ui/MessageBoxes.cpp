@@ -15,6 +15,14 @@ void setInterceptor(Interceptor interceptor)
     currentInterceptor() = std::move(interceptor);
 }
 
+void information(QWidget* parent, const QString& title, const QString& text)
+{
+    if (currentInterceptor())
+        currentInterceptor()(Kind::Information, title, text);
+    else
+        QMessageBox::information(parent, title, text);
+}
+
 void warning(QWidget* parent, const QString& title, const QString& text)
 {
     if (currentInterceptor())

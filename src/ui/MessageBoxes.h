@@ -19,6 +19,7 @@ using Interceptor
 // Replaces the dialogs by the interceptor; an empty function restores the dialogs.
 void setInterceptor(Interceptor interceptor);
 
+void information(QWidget* parent, const QString& title, const QString& text);
 void warning(QWidget* parent, const QString& title, const QString& text);
 void critical(QWidget* parent, const QString& title, const QString& text);
 QMessageBox::StandardButton question(QWidget* parent, const QString& title, const QString& text,
