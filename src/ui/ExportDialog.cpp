@@ -9,12 +9,15 @@
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <set>
 
 namespace Tessaly {
@@ -44,8 +47,11 @@ ExportDialog::ExportDialog(const DatasetEntry* dataset, const std::vector<Datase
 {
     setWindowTitle(ExportTexts::dialogTitle);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(createScopeGroup(static_cast<int>(datasets.size())));
-    layout->addWidget(createFormatGroup(expertMode));
+    // Scope and format side by side, so that the feature list keeps the height on small screens.
+    auto* choiceRow = new QHBoxLayout;
+    choiceRow->addWidget(createScopeGroup(static_cast<int>(datasets.size())), 1);
+    choiceRow->addWidget(createFormatGroup(expertMode), 1);
+    layout->addLayout(choiceRow);
     layout->addWidget(aviGroup);
     layout->addWidget(createFeatureGroup(datasets), 1);
     layout->addWidget(createNonScalarGroup(datasets));
@@ -61,7 +67,10 @@ ExportDialog::ExportDialog(const DatasetEntry* dataset, const std::vector<Datase
     if (lastConfig)
         applyConfig(*lastConfig);
     updateAvailability();
-    resize(600, 620);
+    // As tall as the screen allows, so that many features are in sight without scrolling.
+    const QScreen* screen = parent ? parent->screen() : QGuiApplication::primaryScreen();
+    const QRect available = screen ? screen->availableGeometry() : QRect(0, 0, 1024, 700);
+    resize(std::clamp(available.width() - 60, 600, 880), std::clamp(available.height() - 80, 480, 800));
 }
 
 QGroupBox* ExportDialog::createScopeGroup(int datasetCount)
@@ -81,7 +90,7 @@ QGroupBox* ExportDialog::createScopeGroup(int datasetCount)
 QGroupBox* ExportDialog::createFormatGroup(bool expertMode)
 {
     auto* group = new QGroupBox(ExportTexts::formatGroup, this);
-    auto* layout = new QHBoxLayout(group);
+    auto* layout = new QVBoxLayout(group);
     vqdRadio = new QRadioButton(ExportTexts::vqdFormat, group);
     vqdRadio->setChecked(true);
     tsvRadio = new QRadioButton(ExportTexts::tsvFormat, group);
@@ -140,8 +149,8 @@ QGroupBox* ExportDialog::createFeatureGroup(const std::vector<DatasetEntry*>& da
     auto* scroll = new QScrollArea(group);
     scroll->setWidgetResizable(true);
     auto* list = new QWidget(scroll);
-    auto* listLayout = new QVBoxLayout(list);
-    listLayout->setSpacing(2);
+    featureGrid = new QGridLayout(list);
+    featureGrid->setVerticalSpacing(2);
     for (const auto& [name, owner] : owners) {
         FeatureBox feature;
         feature.inCurrent = usable(current) && current->reader->hasFeature(name);
@@ -150,10 +159,8 @@ QGroupBox* ExportDialog::createFeatureGroup(const std::vector<DatasetEntry*>& da
         feature.box = new QCheckBox(label + QStringLiteral("  [") + QString::fromStdString(name) + ']', list);
         feature.box->setChecked(feature.inCurrent);
         setGrey(feature.box, !feature.inCurrent);
-        listLayout->addWidget(feature.box);
         featureBoxes[name] = feature;
     }
-    listLayout->addStretch(1);
     scroll->setWidget(list);
     layout->addWidget(scroll, 1);
     return group;
@@ -249,6 +256,23 @@ QCheckBox* ExportDialog::featureCheckBox(const std::string& name) const
     return found == featureBoxes.end() ? nullptr : found->second.box;
 }
 
+// The boxes in sight, in two columns filled top to bottom, so that the list is read in key order
+// without gaps where hidden boxes stand.
+void ExportDialog::layoutFeatures()
+{
+    std::vector<QCheckBox*> shown;
+    for (auto& [name, feature] : featureBoxes) {
+        featureGrid->removeWidget(feature.box);
+        if (!feature.box->isHidden())
+            shown.push_back(feature.box);
+    }
+    const int rows = static_cast<int>((shown.size() + 1) / 2);
+    for (int i = 0; i < static_cast<int>(shown.size()); ++i)
+        featureGrid->addWidget(
+            shown[static_cast<std::size_t>(i)], i % std::max(rows, 1), i / std::max(rows, 1));
+    featureGrid->setRowStretch(rows, 1);
+}
+
 bool ExportDialog::videoChosen() const
 {
     return aviRadio->isChecked();
@@ -301,6 +325,7 @@ void ExportDialog::updateAvailability()
         feature.box->setEnabled(!video);
         feature.box->setToolTip(feature.inCurrent ? QString() : ExportTexts::otherDatasetsTip);
     }
+    layoutFeatures();
 
     for (NonScalarBox* kind : { &imagesBox, &masksBox, &tracesBox }) {
         QCheckBox* box = kind->box;

@@ -8,6 +8,7 @@
 #include <vector>
 
 class QCheckBox;
+class QGridLayout;
 class QGroupBox;
 class QLineEdit;
 class QPushButton;
@@ -63,6 +64,7 @@ private:
     QGroupBox* createDirectoryGroup();
     void applyConfig(const ExportConfig& config);
     void updateAvailability();
+    void layoutFeatures();
     bool videoChosen() const;
 
     const DatasetEntry* current;
@@ -79,6 +81,7 @@ private:
     QPushButton* selectAllButton = nullptr;
     QPushButton* deselectAllButton = nullptr;
     std::map<std::string, FeatureBox> featureBoxes; // sorted by key, as listed
+    QGridLayout* featureGrid = nullptr;
     NonScalarBox imagesBox;
     NonScalarBox masksBox;
     NonScalarBox tracesBox;
