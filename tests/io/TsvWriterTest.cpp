@@ -84,6 +84,32 @@ TEST(TsvValueFormat, AgreesWithTheCLibraryOnRandomDoublesAndReadsBackExactly)
     }
 }
 
+TEST(TsvValueFormat, AgreesWithTheCLibraryOnMeasuredValues)
+{
+    // Values as features hold them: spread over many decades, single precision widened to double,
+    // decimal fractions, and the neighbours of powers of ten, where the decimal exponent changes.
+    std::mt19937_64 generator(11);
+    std::uniform_real_distribution<double> decades(-7.0, 17.0);
+    std::vector<double> values;
+    for (int i = 0; i < 30000; ++i) {
+        const double value = std::pow(10.0, decades(generator));
+        values.push_back(value);
+        values.push_back(static_cast<float>(value));
+        values.push_back(-std::round(value * 1000.0) / 1000.0);
+    }
+    for (int p = -6; p <= 16; ++p) {
+        const double power = std::pow(10.0, p);
+        values.push_back(power);
+        values.push_back(std::nextafter(power, 0.0));
+        values.push_back(std::nextafter(power, 1e300));
+    }
+    char expected[64];
+    for (double value : values) {
+        std::snprintf(expected, sizeof expected, "%.17g", value);
+        ASSERT_EQ(formatSignificant17(value), expected) << "of " << expected;
+    }
+}
+
 TEST_F(TsvWriterTest, HeaderLabelsAndRowsFollowTheEventList)
 {
     const std::string source = pathFor("source.vqd");
