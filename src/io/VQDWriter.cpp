@@ -8,10 +8,13 @@
 #include <algorithm>
 #include <charconv>
 #include <ctime>
+#include <fcntl.h>
 #include <iostream>
 #include <limits>
 #include <mutex>
 #include <set>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace Tessaly {
 
@@ -84,6 +87,8 @@ VQDWriter::~VQDWriter()
 void VQDWriter::fail(const std::string& prefix, const std::string& detail)
 {
     m_failed = true;
+    if (m_file && !m_abandoned)
+        abandonFile();
     // One write per line, so that lines of other threads don't interleave.
     std::cerr << (prefix + detail + '\n') << std::flush;
 }
@@ -93,6 +98,7 @@ bool VQDWriter::create(const std::string& path)
     Lock lock(hdf5Mutex());
     close();
     m_failed = false;
+    m_abandoned = false;
     try {
         H5::H5Library::open();
         m_file = std::make_unique<H5::H5File>(path, H5F_ACC_TRUNC);
@@ -110,15 +116,72 @@ bool VQDWriter::close()
     Lock lock(hdf5Mutex());
     if (!m_file)
         return !m_failed;
+    if (m_abandoned)
+        closeLeftObjects();
     try {
         // Flushing here, rather than in the destructor of the handle, lets a full disk be noticed.
         m_file->flush(H5F_SCOPE_GLOBAL);
         m_file->close();
     } catch (const H5::Exception& e) {
         fail("Error closing file: ", detailOf(e));
+        if (m_abandoned) {
+            closeLeftObjects();
+            H5E_BEGIN_TRY
+            {
+                m_file->close();
+            }
+            H5E_END_TRY;
+        }
     }
     m_file.reset();
     return !m_failed;
+}
+
+// Once a write has failed (a full disk, a removed medium) the file is lost, and the library can't
+// close it either: its objects and the file stay open with data it can't write, and at the end of
+// the process it crashes closing them again. So the descriptor is pointed at a file in memory, where
+// the library's last writes succeed; nothing more is written into it, and the objects that failed to close
+// are closed now.
+void VQDWriter::abandonFile()
+{
+    const hid_t id = m_file->getId();
+    int* descriptor = nullptr;
+    herr_t status = -1;
+    H5E_BEGIN_TRY
+    {
+        status = H5Fget_vfd_handle(id, H5P_DEFAULT, reinterpret_cast<void**>(&descriptor));
+    }
+    H5E_END_TRY;
+    if (status < 0 || !descriptor)
+        return;
+    // A file in memory, since the library also sets the file's length, which the null device refuses.
+    const int discard = ::memfd_create("discarded export", MFD_CLOEXEC);
+    if (discard < 0)
+        return;
+    ::dup2(discard, *descriptor);
+    ::close(discard);
+    m_abandoned = true;
+}
+
+void VQDWriter::closeLeftObjects()
+{
+    const hid_t id = m_file->getId();
+    const unsigned types = H5F_OBJ_DATASET | H5F_OBJ_GROUP | H5F_OBJ_DATATYPE | H5F_OBJ_ATTR | H5F_OBJ_LOCAL;
+    const ssize_t count = H5Fget_obj_count(id, types);
+    if (count <= 0)
+        return;
+    std::vector<hid_t> objects(static_cast<std::size_t>(count));
+    const ssize_t listed = H5Fget_obj_ids(id, types, objects.size(), objects.data());
+    for (ssize_t i = 0; i < listed; ++i) {
+        H5E_BEGIN_TRY
+        {
+            if (H5Iget_type(objects[static_cast<std::size_t>(i)]) == H5I_ATTR)
+                H5Aclose(objects[static_cast<std::size_t>(i)]);
+            else
+                H5Oclose(objects[static_cast<std::size_t>(i)]);
+        }
+        H5E_END_TRY;
+    }
 }
 
 void VQDWriter::removeAttributeIfPresent(const std::string& name)
@@ -158,7 +221,7 @@ void VQDWriter::writePointsAttribute(
 void VQDWriter::copyAttributes(const VQDMetadata& metadata)
 {
     Lock lock(hdf5Mutex());
-    if (!m_file)
+    if (!m_file || m_abandoned)
         return;
     // Gates first, as matrices; their text form in allAttributes is only a rendering of them.
     std::set<std::string> gateNames;
@@ -185,7 +248,7 @@ void VQDWriter::copyAttributes(const VQDMetadata& metadata)
 void VQDWriter::writeOfflineFilter(const EventFilter& filter)
 {
     Lock lock(hdf5Mutex());
-    if (!m_file || !filter.isEnabled())
+    if (!m_file || m_abandoned || !filter.isEnabled())
         return;
     try {
         for (const FilterRule& rule : filter.rules()) {
@@ -209,7 +272,7 @@ void VQDWriter::writeOfflineFilter(const EventFilter& filter)
 void VQDWriter::writeExportAttributes(std::uint64_t eventCount, const std::string& changedSampleName)
 {
     Lock lock(hdf5Mutex());
-    if (!m_file)
+    if (!m_file || m_abandoned)
         return;
     try {
         writeStringAttribute("export:date", localDate());
@@ -228,11 +291,13 @@ void VQDWriter::writeScalars(
     const std::vector<std::string>& features, const std::vector<std::int32_t>& events, VQDReader& reader)
 {
     Lock lock(hdf5Mutex());
-    if (!m_file)
+    if (!m_file || m_abandoned)
         return;
     std::vector<double> values(events.size());
     const hsize_t length = events.size();
     for (const std::string& name : features) {
+        if (m_abandoned)
+            break;
         // Frames and contours have datasets of their own; they are no columns.
         if (!isScalarFeature(name))
             continue;
@@ -268,7 +333,7 @@ void VQDWriter::writeMasks(VQDReader& reader, const std::vector<std::int32_t>& e
 void VQDWriter::writeFrames(VQDReader& reader, const std::vector<std::int32_t>& events, bool masks)
 {
     Lock lock(hdf5Mutex());
-    if (!m_file || events.empty())
+    if (!m_file || m_abandoned || events.empty())
         return;
     auto readFrame = [&reader, masks](std::int32_t event, int* width, int* height) {
         const auto index = static_cast<std::size_t>(std::max(event, 0));
@@ -307,7 +372,7 @@ void VQDWriter::writeTraces(VQDReader& reader, const std::vector<std::int32_t>& 
 {
     Lock lock(hdf5Mutex());
     const hsize_t samples = reader.traceLength();
-    if (!m_file || samples == 0 || events.empty())
+    if (!m_file || m_abandoned || samples == 0 || events.empty())
         return;
     try {
         m_file->createGroup("/events/trace");

@@ -67,11 +67,15 @@ private:
     void writeStringAttribute(const std::string& name, const std::string& value);
     void writePointsAttribute(const std::string& name, const std::vector<std::pair<double, double>>& points);
     void removeAttributeIfPresent(const std::string& name);
+    void abandonFile();
+    void closeLeftObjects();
     void writeFrames(VQDReader& reader, const std::vector<std::int32_t>& events, bool masks);
     void fail(const std::string& prefix, const std::string& detail);
 
     std::unique_ptr<H5::H5File> m_file;
     bool m_failed = false;
+    // Since a write failed, nothing more is written and the file's descriptor leads to memory.
+    bool m_abandoned = false;
 };
 
 // The word a polygon gate's scale is recorded with: "linear", "log" or "pseudolog"; modes outside
