@@ -11,6 +11,7 @@
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QProgressDialog>
 #include <algorithm>
@@ -82,6 +83,13 @@ void MainWindow::exportData()
             continue;
         progress.setLabelText(ExportTexts::progressLabel.arg(item->displayName).arg(i + 1).arg(count));
         progress.setValue(i);
+        // The export holds the interface thread; between two datasets the dialog gets its events,
+        // so that the label shows and a click on Cancel arrives.
+        QCoreApplication::processEvents();
+        if (progress.wasCanceled()) {
+            cancelled = true;
+            break;
+        }
         if (exportDataset(item, config))
             ++exported;
     }

@@ -272,15 +272,6 @@ TEST_F(VQDWriterTest, TheEnabledRulesOfTheFilterAreRecordedAsOfflineFilter)
     EXPECT_THAT(exported.readMetadata().offline_filter, IsEmpty());
 }
 
-TEST_F(VQDWriterTest, ScaleWordsFollowTheModeClampedIntoRange)
-{
-    EXPECT_EQ(scaleModeWord(-1), "linear");
-    EXPECT_EQ(scaleModeWord(0), "linear");
-    EXPECT_EQ(scaleModeWord(1), "log");
-    EXPECT_EQ(scaleModeWord(2), "pseudolog");
-    EXPECT_EQ(scaleModeWord(3), "pseudolog");
-}
-
 TEST_F(VQDWriterTest, RefinedTracesAreWrittenWithTheirFilteredValues)
 {
     VQDReader source;

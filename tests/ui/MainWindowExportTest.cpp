@@ -8,6 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QMenuBar>
+#include <QProgressDialog>
 #include <QRadioButton>
 #include <QTest>
 #include <QTimer>
@@ -265,6 +266,31 @@ TEST_F(MainWindowExport, TheMenuExportsAllDatasetsAndAFailureDoesntStopTheOthers
         },
         false);
     action->trigger();
+}
+
+TEST_F(MainWindowExport, CancellingTheBatchStopsBeforeTheNextDataset)
+{
+    openOne(QStringLiteral("one/a.vqd"));
+    openOne(QStringLiteral("two/b.vqd"));
+    answerDialog([](ExportDialog& dialog) {
+        for (QRadioButton* radio : dialog.findChildren<QRadioButton*>())
+            if (radio->text().startsWith("All datasets"))
+                radio->setChecked(true);
+    });
+    // The progress dialog lets events through as it shows; the user cancels it at once.
+    QTimer canceller;
+    QObject::connect(&canceller, &QTimer::timeout, [] {
+        for (QWidget* widget : QApplication::topLevelWidgets())
+            if (auto* progress = qobject_cast<QProgressDialog*>(widget); progress && progress->isVisible())
+                progress->cancel();
+    });
+    canceller.start(0);
+    window->exportData();
+    canceller.stop();
+
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(filesIn(folder.filePath(QStringLiteral("one"))), QStringList({ "a.vqd" }));
+    EXPECT_EQ(filesIn(folder.filePath(QStringLiteral("two"))), QStringList({ "b.vqd" }));
 }
 
 TEST_F(MainWindowExport, WithoutALoadedDatasetThereIsNoDialog)
