@@ -2,6 +2,7 @@
 
 #include "core/EventFilter.h"
 #include "core/FilterGroup.h"
+#include "ui/ExportConfig.h"
 
 #include <QFutureWatcher>
 #include <QList>
@@ -127,8 +128,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
 // datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp, MainWindowIsoelastics.cpp
 // (Young's modulus lines on the plot), MainWindowPolygons.cpp (polygon gates drawn and edited on
-// the plot), MainWindowCalculations.cpp (the jobs of the calculations dock) and MainWindowStart.cpp
-// (the start panel and the entries of features not built yet).
+// the plot), MainWindowCalculations.cpp (the jobs of the calculations dock), MainWindowExport.cpp
+// (data export) and MainWindowStart.cpp (the start panel and the entries of features not built yet).
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -173,6 +174,11 @@ public:
     int openSessionDataset(const QString& path);
     bool isPreloadRunning() const { return preloadRunning; }
 
+    // Writes the events of `entry` that pass its effective filter in the format `config` asks for,
+    // beside its file or in the configured folder. Failures are reported in a message box; true when
+    // the file was written.
+    bool exportDataset(DatasetEntry* entry, const ExportConfig& config);
+
     // What the plot shows of the active dataset: the points, and for each point its event (empty
     // when all events are shown in file order).
     const std::vector<double>& plottedX() const { return plotX; }
@@ -204,6 +210,9 @@ public Q_SLOTS:
     void onMaskToggled(bool checked);
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
+    // Data export: the dialog, then the current dataset or all of them.
+    void exportData();
+
     // Opens the example datasets that the start panel offers.
     void openExampleData();
 
@@ -448,6 +457,10 @@ private:
     QAction* checkOnStartupAction = nullptr;
     // No expert mode exists; the field stays null so that sessions always record it as off.
     QAction* expertModeAction = nullptr;
+
+    // Data export: the choices of the last export dialog, for the next one.
+    ExportConfig lastExportConfig;
+    bool lastExportConfigSet = false;
 };
 
 } // namespace Tessaly

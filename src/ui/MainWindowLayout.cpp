@@ -361,8 +361,8 @@ void MainWindow::createMenus()
     QMenu* exportMenu = menuBar()->addMenu(QStringLiteral("&Export"));
     exportMenu->addAction(QStringLiteral("Export &Plot..."))
         ->setShortcut(QKeySequence(QStringLiteral("Ctrl+E")));
-    exportMenu->addAction(QStringLiteral("Export &Data..."))
-        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+E")));
+    exportMenu->addAction(QStringLiteral("Export &Data..."), this, &MainWindow::exportData,
+        QKeySequence(QStringLiteral("Ctrl+Shift+E")));
     exportMenu->addAction(QStringLiteral("Export Statistical &Summary..."));
 
     QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
