@@ -3,7 +3,9 @@
 #include "core/EventFilter.h"
 #include "core/FilterGroup.h"
 
+#include <QDir>
 #include <QFutureWatcher>
+#include <QJsonObject>
 #include <QList>
 #include <QMainWindow>
 #include <QPair>
@@ -184,6 +186,18 @@ public Q_SLOTS:
     void showEventData(int event);
     void onApplyPlotSettingsToAll();
 
+    // Sessions (MainWindowSession.cpp): the File menu's entries, with their dialogs.
+    void saveSession();
+    void loadSession();
+
+public:
+    // Writes the session to `path` through a temporary file; false after saying why.
+    bool saveSessionTo(const QString& path);
+    // Reads and checks the session at `path`, then replaces the current one by it. A file that can't
+    // be read or isn't a session leaves the current session as it is.
+    void loadSessionFrom(const QString& path);
+    bool isSessionLoading() const { return sessionLoading; }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -229,7 +243,12 @@ private:
     int currentRow() const;
     void clearDatasetViews();
     void deleteToolWindows();
+    // Sessions (MainWindowSession.cpp).
+    bool openNextSessionFile();
     void finishSessionLoad();
+    void restoreSessionDuplicates(const std::vector<QJsonObject>& stored);
+    void restoreSessionOrder();
+    void applySessionColorMap(int index);
 
     // Showing the active dataset.
     DatasetEntry* activeEntry() const;
@@ -272,6 +291,9 @@ private:
     QQueue<QPair<int, QString>> pendingSessionFiles;
     std::map<int, int> sessionIndexToId;
     bool sessionLoading = false;
+    // The session being loaded, kept until its datasets are in and its state is applied.
+    QJsonObject loadingSessionDocument;
+    bool loadingSessionKept = false;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
 

@@ -279,25 +279,14 @@ void MainWindow::onFeaturesLoaded()
         startPreload(pendingPreloadRows.dequeue());
         return;
     }
-    if (!pendingSessionFiles.isEmpty()) {
-        const QPair<int, QString> next = pendingSessionFiles.dequeue();
-        const int id = openSessionDataset(next.second);
-        if (id >= 0)
-            sessionIndexToId[next.first] = id;
+    if (openNextSessionFile())
         return;
-    }
     if (!pendingOpenPaths.isEmpty()) {
         openDataset(pendingOpenPaths.dequeue());
         return;
     }
     if (sessionLoading)
         finishSessionLoad();
-}
-
-void MainWindow::finishSessionLoad()
-{
-    // All files of the session are in; the session's own settings are applied by the session loader.
-    sessionLoading = false;
 }
 
 void MainWindow::removeDataset()
@@ -412,6 +401,12 @@ void MainWindow::clearSession()
     }
     pendingPreloadRows.clear();
     pendingOpenPaths.clear();
+    // A session load under way ends with the session it was filling.
+    pendingSessionFiles.clear();
+    sessionIndexToId.clear();
+    sessionLoading = false;
+    loadingSessionDocument = QJsonObject();
+    loadingSessionKept = false;
 
     deleteToolWindows();
 

@@ -15,6 +15,14 @@ void setInterceptor(Interceptor interceptor)
     currentInterceptor() = std::move(interceptor);
 }
 
+void information(QWidget* parent, const QString& title, const QString& text)
+{
+    if (currentInterceptor())
+        currentInterceptor()(Kind::Information, title, text);
+    else
+        QMessageBox::information(parent, title, text);
+}
+
 void warning(QWidget* parent, const QString& title, const QString& text)
 {
     if (currentInterceptor())
@@ -37,6 +45,14 @@ QMessageBox::StandardButton question(QWidget* parent, const QString& title, cons
     if (currentInterceptor())
         return currentInterceptor()(Kind::Question, title, text);
     return QMessageBox::question(parent, title, text, buttons, defaultButton);
+}
+
+QMessageBox::StandardButton warningQuestion(
+    QWidget* parent, const QString& title, const QString& text, QMessageBox::StandardButton defaultButton)
+{
+    if (currentInterceptor())
+        return currentInterceptor()(Kind::Warning, title, text);
+    return QMessageBox::warning(parent, title, text, QMessageBox::Yes | QMessageBox::No, defaultButton);
 }
 
 } // namespace Tessaly::MessageBoxes
