@@ -24,13 +24,13 @@ struct SessionFiles
         for (int i = 0; i < datasetCount; ++i) {
             const QString path = dir.filePath(QStringLiteral("data/run_%1.vqd").arg(i));
             QDir().mkpath(dir.filePath("data"));
-            ExampleData::ExampleSettings settings;
+            Tessaly::ExampleData::ExampleSettings settings;
             settings.eventCount = eventsPerDataset;
             settings.seed = static_cast<std::uint64_t>(100 + i);
-            ExampleData::WriteOptions options;
+            Tessaly::ExampleData::WriteOptions options;
             options.images = options.traces = false;
-            ExampleData::writeExampleFile(
-                path.toStdString(), settings, ExampleData::generateEvents(settings), options);
+            Tessaly::ExampleData::writeExampleFile(
+                path.toStdString(), settings, Tessaly::ExampleData::generateEvents(settings), options);
             paths << path;
         }
         session = dir.filePath("ten.TSY");

@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <QPair>
 #include <QQueue>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -294,6 +295,8 @@ private:
     // The session being loaded, kept until its datasets are in and its state is applied.
     QJsonObject loadingSessionDocument;
     bool loadingSessionKept = false;
+    // Files of that session that have passed the probe already.
+    QSet<QString> sessionCheckedPaths;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
 

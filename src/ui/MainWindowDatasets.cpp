@@ -130,8 +130,10 @@ std::unique_ptr<DatasetEntry> MainWindow::openEntry(const QString& path)
     auto entry = std::make_unique<DatasetEntry>();
     entry->id = nextDatasetId++;
     entry->reader = std::make_shared<VQDReader>();
+    // A file of a session being loaded was probed when the session was checked, moments ago.
+    const bool probedForSession = sessionCheckedPaths.remove(path);
     QString probeFailure;
-    if (!FileProbe::check(path, &probeFailure)) {
+    if (!probedForSession && !FileProbe::check(path, &probeFailure)) {
         qWarning().noquote() << "Not opening" << path << "-" << probeFailure;
         MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
         return nullptr;
@@ -403,6 +405,7 @@ void MainWindow::clearSession()
     pendingOpenPaths.clear();
     // A session load under way ends with the session it was filling.
     pendingSessionFiles.clear();
+    sessionCheckedPaths.clear();
     sessionIndexToId.clear();
     sessionLoading = false;
     loadingSessionDocument = QJsonObject();

@@ -114,6 +114,7 @@ void MainWindow::loadSessionFrom(const QString& path)
     const QDir sessionDir = QFileInfo(path).absoluteDir();
     const std::vector<QJsonObject> stored = sessionDatasets(root);
     QQueue<QPair<int, QString>> files;
+    QSet<QString> checkedPaths;
     for (std::size_t index = 0; index < stored.size(); ++index) {
         const SessionDatasetRef ref = sessionDatasetRef(stored[index], sessionDir);
         if (ref.isDuplicate)
@@ -150,6 +151,7 @@ void MainWindow::loadSessionFrom(const QString& path)
                 continue;
         }
         files.enqueue(qMakePair(static_cast<int>(index), filePath));
+        checkedPaths.insert(filePath);
     }
 
     sessionLoading = true;
@@ -159,6 +161,7 @@ void MainWindow::loadSessionFrom(const QString& path)
 
     // Files open one after the other, each when the preload of the one before has ended.
     pendingSessionFiles = files;
+    sessionCheckedPaths = checkedPaths;
     if (!preloadRunning && !openNextSessionFile() && !preloadRunning)
         finishSessionLoad();
 }
@@ -224,6 +227,7 @@ void MainWindow::finishSessionLoad()
     loadingSessionDocument = QJsonObject();
     loadingSessionKept = false;
     sessionIndexToId.clear();
+    sessionCheckedPaths.clear();
 
     if (!datasetList.empty()) {
         datasetListWidget->blockSignals(true);
