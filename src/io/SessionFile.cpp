@@ -1,6 +1,7 @@
 #include "io/SessionFile.h"
 
 #include "io/FilterRuleJson.h"
+#include "io/Hdf5Mutex.h"
 #include "io/VQDReader.h"
 
 #include <QCryptographicHash>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
 #include <set>
 
 namespace Tessaly {
@@ -200,7 +202,13 @@ SessionFingerprint fingerprintOf(VQDReader& reader, const QString& path)
     const QFileInfo info(path);
     fingerprint.fileSize = info.exists() ? info.size() : -1;
     fingerprint.eventCount = static_cast<qint64>(reader.eventCount());
-    fingerprint.featureHash = featureHash(reader.featureNames());
+    // A calculation may add a feature on its own thread; it does so under the library's lock.
+    std::vector<std::string> names;
+    {
+        const std::lock_guard<std::recursive_mutex> lock(hdf5Mutex());
+        names = reader.featureNames();
+    }
+    fingerprint.featureHash = featureHash(std::move(names));
     return fingerprint;
 }
 
