@@ -4,6 +4,7 @@
 #include "ui/FileDialogs.h"
 #include "ui/SessionTexts.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -106,6 +107,11 @@ TEST_F(MainWindowSession, AMovedSessionBringsBackDatasetsFiltersGroupsAndPlotSet
     w.addRuleToGroup(gate, rangeRule("area_um", 20, 200));
     w.setGroupEnabled(a->id, gate, true);
     w.addFilterGroup("Unused");
+    for (QAction* action : w.findChildren<QAction*>()) {
+        if (action->text() == "Plasma")
+            action->trigger();
+    }
+    ASSERT_EQ(w.colorMapIndex(), 3);
     // Beta is active: its settings live in the controls until they are saved.
     ASSERT_EQ(w.activeDatasetId(), w.datasets()[2]->id);
     w.findChild<QComboBox*>("xScaleCombo")->setCurrentIndex(1);
@@ -116,8 +122,13 @@ TEST_F(MainWindowSession, AMovedSessionBringsBackDatasetsFiltersGroupsAndPlotSet
 
     w.clearSession();
     ASSERT_TRUE(w.datasets().empty());
+    for (QAction* action : w.findChildren<QAction*>()) {
+        if (action->text() == "Viridis")
+            action->trigger();
+    }
     messages.clear();
     load(folder.filePath("moved/view.TSY"));
+    EXPECT_EQ(w.colorMapIndex(), 3);
 
     EXPECT_TRUE(messages.empty()) << messages.front().title.toStdString();
     ASSERT_EQ(names(), QStringList({ "Alpha", "Alpha again", "Beta" }));
@@ -290,6 +301,13 @@ TEST_F(MainWindowSession, ANewerSessionWarnsAndStillLoads)
     QJsonObject root = QJsonDocument::fromJson(file.readAll()).object();
     file.close();
     root.insert("version", 2);
+    // Indices out of range fall back to the first dataset and the first colour map.
+    root.insert("mainWindow", QJsonObject { { "activeDatasetIndex", 5 }, { "colorMapIndex", 17 } });
+    openAll({ writeDataset("b.vqd", "Beta") });
+    for (QAction* action : w.findChildren<QAction*>()) {
+        if (action->text() == "Jet")
+            action->trigger();
+    }
     const QString newer = writeTextFile("newer.TSY", QJsonDocument(root).toJson());
 
     messages.clear();
@@ -299,6 +317,8 @@ TEST_F(MainWindowSession, ANewerSessionWarnsAndStillLoads)
     EXPECT_EQ(messages[0].title, "Warning");
     EXPECT_EQ(messages[0].text, SessionTexts::newerVersionText);
     EXPECT_EQ(names(), QStringList({ "Alpha" }));
+    EXPECT_EQ(w.activeDatasetId(), w.datasets()[0]->id);
+    EXPECT_EQ(w.colorMapIndex(), 0);
 }
 
 TEST_F(MainWindowSession, SavingNamesTheFileAndReportsFailure)
