@@ -4,11 +4,14 @@
 #include "core/FilterGroup.h"
 #include "ui/ExportConfig.h"
 
+#include <QDir>
 #include <QFutureWatcher>
+#include <QJsonObject>
 #include <QList>
 #include <QMainWindow>
 #include <QPair>
 #include <QQueue>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -257,6 +260,18 @@ public:
     // while another job runs.
     void runCalculation(std::function<void()> work, std::function<void()> finish);
 
+    // Sessions (MainWindowSession.cpp): the File menu's entries, with their dialogs.
+    void saveSession();
+    void loadSession();
+
+public:
+    // Writes the session to `path` through a temporary file; false after saying why.
+    bool saveSessionTo(const QString& path);
+    // Reads and checks the session at `path`, then replaces the current one by it. A file that can't
+    // be read or isn't a session leaves the current session as it is.
+    void loadSessionFrom(const QString& path);
+    bool isSessionLoading() const { return sessionLoading; }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -305,7 +320,12 @@ private:
     int currentRow() const;
     void clearDatasetViews();
     void deleteToolWindows();
+    // Sessions (MainWindowSession.cpp).
+    bool openNextSessionFile();
     void finishSessionLoad();
+    void restoreSessionDuplicates(const std::vector<QJsonObject>& stored);
+    void restoreSessionOrder();
+    void applySessionColorMap(int index);
 
     // Showing the active dataset.
     DatasetEntry* activeEntry() const;
@@ -368,6 +388,11 @@ private:
     QQueue<QPair<int, QString>> pendingSessionFiles;
     std::map<int, int> sessionIndexToId;
     bool sessionLoading = false;
+    // The session being loaded, kept until its datasets are in and its state is applied.
+    QJsonObject loadingSessionDocument;
+    bool loadingSessionKept = false;
+    // Files of that session that have passed the probe already.
+    QSet<QString> sessionCheckedPaths;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
 

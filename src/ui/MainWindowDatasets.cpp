@@ -130,8 +130,10 @@ std::unique_ptr<DatasetEntry> MainWindow::openEntry(const QString& path)
     auto entry = std::make_unique<DatasetEntry>();
     entry->id = nextDatasetId++;
     entry->reader = std::make_shared<VQDReader>();
+    // A file of a session being loaded was probed when the session was checked, moments ago.
+    const bool probedForSession = sessionCheckedPaths.remove(path);
     QString probeFailure;
-    if (!FileProbe::check(path, &probeFailure)) {
+    if (!probedForSession && !FileProbe::check(path, &probeFailure)) {
         qWarning().noquote() << "Not opening" << path << "-" << probeFailure;
         MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
         return nullptr;
@@ -279,25 +281,14 @@ void MainWindow::onFeaturesLoaded()
         startPreload(pendingPreloadRows.dequeue());
         return;
     }
-    if (!pendingSessionFiles.isEmpty()) {
-        const QPair<int, QString> next = pendingSessionFiles.dequeue();
-        const int id = openSessionDataset(next.second);
-        if (id >= 0)
-            sessionIndexToId[next.first] = id;
+    if (openNextSessionFile())
         return;
-    }
     if (!pendingOpenPaths.isEmpty()) {
         openDataset(pendingOpenPaths.dequeue());
         return;
     }
     if (sessionLoading)
         finishSessionLoad();
-}
-
-void MainWindow::finishSessionLoad()
-{
-    // All files of the session are in; the session's own settings are applied by the session loader.
-    sessionLoading = false;
 }
 
 void MainWindow::removeDataset()
@@ -412,6 +403,13 @@ void MainWindow::clearSession()
     }
     pendingPreloadRows.clear();
     pendingOpenPaths.clear();
+    // A session load under way ends with the session it was filling.
+    pendingSessionFiles.clear();
+    sessionCheckedPaths.clear();
+    sessionIndexToId.clear();
+    sessionLoading = false;
+    loadingSessionDocument = QJsonObject();
+    loadingSessionKept = false;
 
     deleteToolWindows();
 

@@ -349,10 +349,10 @@ void MainWindow::createMenus()
     QMenu* fileMenu = menuBar()->addMenu(QStringLiteral("&File"));
     fileMenu->addAction(QStringLiteral("&Open..."), this, &MainWindow::openFile, QKeySequence::Open);
     fileMenu->addSeparator();
-    fileMenu->addAction(QStringLiteral("&Save Session..."))
-        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+S")));
-    fileMenu->addAction(QStringLiteral("&Load Session..."))
-        ->setShortcut(QKeySequence(QStringLiteral("Ctrl+Shift+O")));
+    fileMenu->addAction(QStringLiteral("&Save Session..."), this, &MainWindow::saveSession,
+        QKeySequence(QStringLiteral("Ctrl+Shift+S")));
+    fileMenu->addAction(QStringLiteral("&Load Session..."), this, &MainWindow::loadSession,
+        QKeySequence(QStringLiteral("Ctrl+Shift+O")));
     fileMenu->addSeparator();
     fileMenu->addAction(QStringLiteral("&Clear Session"), this, &MainWindow::clearSession);
     fileMenu->addSeparator();

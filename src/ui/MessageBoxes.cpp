@@ -47,4 +47,12 @@ QMessageBox::StandardButton question(QWidget* parent, const QString& title, cons
     return QMessageBox::question(parent, title, text, buttons, defaultButton);
 }
 
+QMessageBox::StandardButton warningQuestion(
+    QWidget* parent, const QString& title, const QString& text, QMessageBox::StandardButton defaultButton)
+{
+    if (currentInterceptor())
+        return currentInterceptor()(Kind::Warning, title, text);
+    return QMessageBox::warning(parent, title, text, QMessageBox::Yes | QMessageBox::No, defaultButton);
+}
+
 } // namespace Tessaly::MessageBoxes

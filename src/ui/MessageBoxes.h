@@ -25,6 +25,11 @@ void critical(QWidget* parent, const QString& title, const QString& text);
 QMessageBox::StandardButton question(QWidget* parent, const QString& title, const QString& text,
     QMessageBox::StandardButtons buttons, QMessageBox::StandardButton defaultButton);
 
+// A yes/no question that warns of a consequence: shown with the warning icon, intercepted as a
+// warning whose answer is the interceptor's.
+QMessageBox::StandardButton warningQuestion(
+    QWidget* parent, const QString& title, const QString& text, QMessageBox::StandardButton defaultButton);
+
 } // namespace MessageBoxes
 
 } // namespace Tessaly
