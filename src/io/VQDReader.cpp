@@ -6,9 +6,9 @@
 #include "io/ReadLimits.h"
 
 #include <H5Cpp.h>
+#include <QtGlobal>
 #include <algorithm>
 #include <charconv>
-#include <iostream>
 #include <limits>
 #include <mutex>
 #include <optional>
@@ -34,10 +34,11 @@ const char* const instrumentMarker = "Vortiq";
 // Handed out whenever there is no column to give, so every such call returns the same object.
 const std::vector<double> emptyColumn;
 
+// One line on the standard error stream, through the program's message handler, so that the log
+// has it too. Each line goes out whole, so that lines of concurrent readers don't interleave.
 void reportError(const std::string& prefix, const std::string& detail)
 {
-    // One write per line, so that lines of concurrent readers don't interleave.
-    std::cerr << (prefix + detail + '\n') << std::flush;
+    qWarning("%s", (prefix + detail).c_str());
 }
 
 // H5Lexists fails instead of answering false when an inner component of a path is missing, and
@@ -374,6 +375,37 @@ void storeAttribute(VQDMetadata& metadata, const std::string& name, const std::s
         (*section)[name.substr(colon + 1)] = value;
 }
 
+// One pass over the root's attributes. Each attribute is read inside its own guard: one that can't be
+// read is reported with its position and the walk goes on. Nothing may leave the callback by an
+// exception, since the library that calls it is C.
+struct AttributeWalk
+{
+    const H5::Group& root;
+    VQDMetadata& metadata;
+    int index = 0;
+
+    static herr_t visit(hid_t, const char* name, const H5A_info_t*, void* data) noexcept
+    {
+        auto* walk = static_cast<AttributeWalk*>(data);
+        const int index = walk->index++;
+        try {
+            const H5::Attribute attribute = walk->root.openAttribute(name);
+            const std::string fullName = attribute.getName();
+            if (const std::optional<std::string> value = readAttribute(attribute, fullName, walk->metadata))
+                storeAttribute(walk->metadata, fullName, *value);
+        } catch (const H5::Exception& e) {
+            reportError(
+                "Warning: failed to read attribute " + std::to_string(index) + ": ", e.getDetailMsg());
+        } catch (const std::exception& e) {
+            reportError("Warning: failed to read attribute " + std::to_string(index) + ": ", e.what());
+        } catch (...) {
+            reportError(
+                "Warning: failed to read attribute " + std::to_string(index) + ": ", "unknown failure");
+        }
+        return 0;
+    }
+};
+
 } // namespace
 
 VQDReader::VQDReader() = default;
@@ -434,6 +466,7 @@ void VQDReader::close()
     m_traceNames.clear();
     m_traceLength = 0;
     m_columnCache.clear();
+    m_columnFailures.clear();
     m_computedFeatureNames.clear();
     // The filter settings are the program's, not the file's, and stay for the next file.
     m_traceAliases.clear();
@@ -558,18 +591,34 @@ const std::vector<double>& VQDReader::getFeature(const std::string& name)
     if (!m_fileOpen || !m_file || name.empty() || name.find('/') != std::string::npos
         || !linkExists(m_file->getId(), std::string(eventsGroup) + '/' + name))
         return emptyColumn;
+    std::string failure;
     try {
         const H5::DataSet dataset = m_file->openDataSet(std::string(eventsGroup) + '/' + name);
         auto column = std::make_unique<std::vector<double>>(readColumn(dataset));
         const std::vector<double>& stored = *column;
         m_columnCache[name] = std::move(column);
+        m_columnFailures.erase(name);
         return stored;
     } catch (const H5::Exception& e) {
-        reportError("Error reading feature '" + name + "': ", e.getDetailMsg());
+        failure = e.getDetailMsg();
     } catch (const std::exception& e) {
-        reportError("Error reading feature '" + name + "': ", e.what());
+        failure = e.what();
+    }
+    // Nothing is cached, so that the next request tries again; but a failure that only repeats
+    // itself, as at every refresh of a plot, is reported once.
+    std::string& reported = m_columnFailures[name];
+    if (reported != failure) {
+        reported = failure;
+        reportError("Error reading feature '" + name + "': ", failure);
     }
     return emptyColumn;
+}
+
+std::string VQDReader::featureError(const std::string& name) const
+{
+    Lock lock(hdf5Mutex());
+    const auto failure = m_columnFailures.find(name);
+    return failure == m_columnFailures.end() ? std::string() : failure->second;
 }
 
 void VQDReader::setFeature(const std::string& name, std::vector<double>&& values)
@@ -577,6 +626,7 @@ void VQDReader::setFeature(const std::string& name, std::vector<double>&& values
     Lock lock(hdf5Mutex());
     m_columnCache[name] = std::make_unique<std::vector<double>>(std::move(values));
     values.clear();
+    m_columnFailures.erase(name);
     m_computedFeatureNames.insert(name);
     if (m_featureNameSet.insert(name).second) {
         m_featureNames.push_back(name);
@@ -786,20 +836,29 @@ VQDMetadata VQDReader::readMetadata()
         return metadata;
     try {
         const H5::Group root = m_file->openGroup("/");
-        const int count = root.getNumAttrs();
-        for (int i = 0; i < count; ++i) {
-            try {
-                const H5::Attribute attribute = root.openAttribute(static_cast<unsigned int>(i));
-                const std::string name = attribute.getName();
-                if (const std::optional<std::string> value = readAttribute(attribute, name, metadata))
-                    storeAttribute(metadata, name, *value);
-            } catch (const H5::Exception& e) {
-                reportError(
-                    "Warning: failed to read attribute " + std::to_string(i) + ": ", e.getDetailMsg());
-            } catch (const std::exception& e) {
-                reportError("Warning: failed to read attribute " + std::to_string(i) + ": ", e.what());
-            }
+        AttributeWalk walk { root, metadata };
+        // Opening attributes by index rebuilds the list of all attributes for every one of them,
+        // which takes minutes for a file with tens of thousands; one pass over them takes
+        // milliseconds. The order is creation order where the file records it, else the order in
+        // which the file keeps them, which for a handful of attributes is again creation order.
+        unsigned int tracked = 0;
+        const hid_t properties = H5Gget_create_plist(root.getId());
+        if (properties >= 0) {
+            H5Pget_attr_creation_order(properties, &tracked);
+            H5Pclose(properties);
         }
+        const bool byCreation = (tracked & H5P_CRT_ORDER_TRACKED) != 0;
+        hsize_t position = 0;
+        herr_t status = -1;
+        H5E_BEGIN_TRY
+        {
+            status = H5Aiterate2(root.getId(), byCreation ? H5_INDEX_CRT_ORDER : H5_INDEX_NAME,
+                byCreation ? H5_ITER_INC : H5_ITER_NATIVE, &position, &AttributeWalk::visit, &walk);
+        }
+        H5E_END_TRY;
+        if (status < 0)
+            reportError("Error reading metadata: ",
+                "the list of attributes is damaged after " + std::to_string(walk.index) + " of them");
     } catch (const H5::Exception& e) {
         reportError("Error reading metadata: ", e.getDetailMsg());
     } catch (const std::exception& e) {
