@@ -604,13 +604,13 @@ const std::vector<double>& VQDReader::getFeature(const std::string& name)
     } catch (const std::exception& e) {
         failure = e.what();
     }
-    // Nothing is cached, so that the next request tries again; but a failure that only repeats
-    // itself, as at every refresh of a plot, is reported once.
-    std::string& reported = m_columnFailures[name];
-    if (reported != failure) {
-        reported = failure;
+    // Nothing is cached, so that the next request tries again; but a column that keeps failing, as
+    // at every refresh of a plot, is reported once, until it has been read. (The text of a refusal
+    // may change from one try to the next, with the memory available.)
+    const bool known = m_columnFailures.count(name) > 0;
+    m_columnFailures[name] = failure;
+    if (!known)
         reportError("Error reading feature '" + name + "': ", failure);
-    }
     return emptyColumn;
 }
 

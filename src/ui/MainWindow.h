@@ -23,11 +23,13 @@ class QComboBox;
 class QDockWidget;
 class QLabel;
 class QLineEdit;
+class QProgressDialog;
 class QPushButton;
 class QSpinBox;
 class QSplitter;
 class QStackedWidget;
 class QTabWidget;
+class QTimer;
 class QTableWidget;
 class QTreeWidget;
 
@@ -42,6 +44,7 @@ class ImageViewer;
 class ScatterPlot;
 class StatisticsDockWidget;
 class TracePlot;
+class FileCheck;
 
 // Texts of the main window, in one place.
 namespace MainWindowTexts {
@@ -113,7 +116,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // Owner of everything a session holds: the datasets (row order = list order), the filter groups,
 // the docks and the tool windows. Its definitions are split by concern over several files:
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
-// menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
+// menus), MainWindowOpening.cpp (the file check, opening and refusals), MainWindowDatasets.cpp (preload,
+// removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
 // dataset), MainWindowRefresh.cpp (the refresh pipeline) and MainWindowFilterGroups.cpp.
 class MainWindow : public QMainWindow
@@ -149,6 +153,8 @@ public:
     void openDataset(const QString& path);
     int openSessionDataset(const QString& path);
     bool isPreloadRunning() const { return preloadRunning; }
+    // A file is being checked before it is opened; the window goes on meanwhile.
+    bool isCheckingFile() const;
 
     // What the plot shows of the active dataset: the points, and for each point its event (empty
     // when all events are shown in file order).
@@ -187,6 +193,9 @@ protected:
 
 private Q_SLOTS:
     void onFeaturesLoaded();
+    void onFileCheckFinished(bool passed, const QString& reason);
+    void showCheckProgress();
+    void cancelFileCheck();
     void onColorMapSelected(QAction* action);
     void onDatasetViewModeChanged(int mode);
     void onDatasetDepthChanged(int depth);
@@ -207,8 +216,16 @@ private:
     void createMenus();
     void connectSignals();
 
+    // Opening: the file check, refusals and the queue of files.
+    int startFileCheck(const QString& path, bool forSession);
+    void hideCheckProgress();
+    std::unique_ptr<DatasetEntry> openEntry(const QString& path, int id);
+    void refuseFile(const QString& path, const QString& reason);
+    void continueOpening();
+    void restoreStatus();
+    void reportUnreadableColumns(const std::vector<std::string>& names);
+
     // Datasets.
-    std::unique_ptr<DatasetEntry> openEntry(const QString& path);
     int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
     static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
@@ -269,6 +286,13 @@ private:
     bool sessionLoading = false;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
+    // The check of the file being opened, made on first use; the id reserved for its dataset, and
+    // whether a session asked for it. Its progress window shows only when it takes long.
+    FileCheck* fileCheck = nullptr;
+    int checkingId = -1;
+    bool checkingForSession = false;
+    QTimer* checkProgressTimer = nullptr;
+    QProgressDialog* checkProgress = nullptr;
 
     // Plot state of the active dataset, rebuilt by every run of onFilterChanged.
     std::vector<double> plotX;

@@ -92,7 +92,12 @@ void MainWindow::onFilterChanged()
     const std::vector<double>& xColumn = reader.getFeature(xKey);
     const std::vector<double>& yColumn = reader.getFeature(yKey);
     if (xColumn.empty() || yColumn.empty()) {
-        MessageBoxes::warning(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToReadFeatureText);
+        std::vector<std::string> unreadable;
+        if (xColumn.empty())
+            unreadable.push_back(xKey);
+        if (yColumn.empty() && yKey != xKey)
+            unreadable.push_back(yKey);
+        reportUnreadableColumns(unreadable);
         return;
     }
 
