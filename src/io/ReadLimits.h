@@ -13,6 +13,10 @@ namespace Tessaly {
 // Frames wider or taller than this are refused; the camera's are a few hundred pixels.
 constexpr std::uint64_t maxFrameSide = 16384;
 
+// Root attributes read from an object header; past that they are left unread. An instrument writes a
+// few hundred, and reading n of them from a header costs n squared.
+constexpr std::uint64_t maxHeaderAttributes = 4096;
+
 // The most memory one read may ask for: half of what the machine can give now (its available memory,
 // not its physical memory, since other programs hold the rest), asked afresh at every call. A value
 // set by setReadMemoryLimit takes its place.

@@ -382,12 +382,16 @@ struct AttributeWalk
 {
     const H5::Group& root;
     VQDMetadata& metadata;
-    int index = 0;
+    std::uint64_t limit = std::numeric_limits<std::uint64_t>::max();
+    std::uint64_t index = 0;
 
     static herr_t visit(hid_t, const char* name, const H5A_info_t*, void* data) noexcept
     {
         auto* walk = static_cast<AttributeWalk*>(data);
-        const int index = walk->index++;
+        // A positive value ends the walk without an error.
+        if (walk->index >= walk->limit)
+            return 1;
+        const std::uint64_t index = walk->index++;
         try {
             const H5::Attribute attribute = walk->root.openAttribute(name);
             const std::string fullName = attribute.getName();
@@ -837,6 +841,21 @@ VQDMetadata VQDReader::readMetadata()
     try {
         const H5::Group root = m_file->openGroup("/");
         AttributeWalk walk { root, metadata };
+        // Attributes kept in the object header itself (all of them in files of the oldest format) can
+        // only be opened by a search from the start of the header, so reading them costs the square
+        // of their number; past maxHeaderAttributes the rest is left unread. Those in dense storage
+        // are found through an index and are all read.
+        H5O_info_t info;
+        herr_t infoStatus = -1;
+        H5E_BEGIN_TRY
+        {
+            infoStatus = H5Oget_info2(root.getId(), &info, H5O_INFO_META_SIZE | H5O_INFO_NUM_ATTRS);
+        }
+        H5E_END_TRY;
+        const bool inHeader = infoStatus < 0 || info.meta_size.attr.heap_size == 0;
+        const hsize_t total = infoStatus < 0 ? 0 : info.num_attrs;
+        if (inHeader)
+            walk.limit = maxHeaderAttributes;
         // Opening attributes by index rebuilds the list of all attributes for every one of them,
         // which takes minutes for a file with tens of thousands; one pass over them takes
         // milliseconds. The order is creation order where the file records it, else the order in
@@ -859,6 +878,10 @@ VQDMetadata VQDReader::readMetadata()
         if (status < 0)
             reportError("Error reading metadata: ",
                 "the list of attributes is damaged after " + std::to_string(walk.index) + " of them");
+        else if (inHeader && total > maxHeaderAttributes)
+            reportError("Warning: ",
+                "only the first " + std::to_string(maxHeaderAttributes) + " of the " + std::to_string(total)
+                    + " attributes in the file's root header are read");
     } catch (const H5::Exception& e) {
         reportError("Error reading metadata: ", e.getDetailMsg());
     } catch (const std::exception& e) {

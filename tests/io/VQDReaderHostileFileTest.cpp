@@ -369,3 +369,28 @@ TEST_F(VQDReaderHostileFile, AttributesOfAnyTypeRankAndSizeNeverStopTheMetadata)
     EXPECT_EQ(metadata.setup.at("after"), "still read");
     EXPECT_THAT(metadata.polygonFilters, IsEmpty());
 }
+
+// In the oldest file format all attributes stand in the object header, where each one is found by a
+// search from its start; such a header is read up to a bound, with a line about the rest.
+TEST_F(VQDReaderHostileFile, AttributesInTheObjectHeaderAreReadUpToABound)
+{
+    const std::string path = pathFor("header.vqd");
+    const int count = static_cast<int>(maxHeaderAttributes) + 4;
+    {
+        FixtureWriter writer(path, FileFormat::Earliest);
+        writer.column<float>("deform", { 1, 2 }).stringAttribute("setup:module composition", "Vortiq");
+        for (int i = 1; i < count; ++i)
+            writer.intAttribute("experiment:n" + std::to_string(i), i);
+    }
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(path));
+    VQDMetadata metadata;
+    EXPECT_THAT(errorLinesOf([&] { metadata = reader.readMetadata(); }),
+        ElementsAre(
+            "Warning: only the first 4096 of the 4100 attributes in the file's root header are read"));
+    EXPECT_EQ(metadata.allAttributes.size(), maxHeaderAttributes);
+    // In writing order: the first ones are there, the last ones not.
+    EXPECT_TRUE(reader.isInstrumentData());
+    EXPECT_EQ(metadata.experiment.at("n4095"), "4095");
+    EXPECT_EQ(metadata.experiment.count("n4096"), 0u);
+}
