@@ -4,37 +4,48 @@
 #include "support/FixtureWriter.h"
 
 #include <QTemporaryDir>
+#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <map>
 #include <string>
+#include <utility>
 
 using namespace Tessaly;
 using namespace Tessaly::Testing;
 
 namespace {
 
-// One file per attribute count, written once per process outside the timed region.
-const std::string& attributeFile(std::size_t count)
+// One file per attribute count and format, written once per process outside the timed region. In
+// the oldest format the attributes stand in the object header, in the newest in dense storage.
+const std::string& attributeFile(std::size_t count, FileFormat format)
 {
     static QTemporaryDir folder;
-    static std::map<std::size_t, std::string> files;
-    auto found = files.find(count);
+    static std::map<std::pair<std::size_t, FileFormat>, std::string> files;
+    auto found = files.find({ count, format });
     if (found != files.end())
         return found->second;
     H5::Exception::dontPrint();
-    const std::string path = folder.filePath(QString("attributes-%1.vqd").arg(count)).toStdString();
-    FixtureWriter writer(path);
+    const std::string path = folder
+                                 .filePath(QString("attributes-%1-%2.vqd")
+                                               .arg(count)
+                                               .arg(format == FileFormat::Latest ? "latest" : "earliest"))
+                                 .toStdString();
+    FixtureWriter writer(path, format);
     writer.column<float>("deform", { 0.1f, 0.2f }).stringAttribute("setup:module composition", "Vortiq");
     for (std::size_t i = 0; i < count; ++i)
         writer.floatAttribute("experiment:value " + std::to_string(i), static_cast<double>(i));
     writer.close();
-    return files.emplace(count, path).first->second;
+    return files.emplace(std::make_pair(count, format), path).first->second;
 }
 
 void readManyAttributes(benchmark::State& state)
 {
     const std::size_t count = static_cast<std::size_t>(state.range(0));
-    const std::string& path = attributeFile(count);
+    const FileFormat format = state.range(1) != 0 ? FileFormat::Latest : FileFormat::Earliest;
+    const std::string& path = attributeFile(count, format);
+    // With the instrument's own attribute; a header is read up to its bound.
+    const std::size_t expected
+        = format == FileFormat::Latest ? count + 1 : std::min<std::size_t>(count + 1, 4096);
     VQDReader reader;
     if (!reader.open(path)) {
         state.SkipWithError("the file did not open");
@@ -42,7 +53,7 @@ void readManyAttributes(benchmark::State& state)
     }
     for (auto _ : state) {
         const VQDMetadata metadata = reader.readMetadata();
-        if (metadata.experiment.size() != count)
+        if (metadata.allAttributes.size() != expected)
             state.SkipWithError("attributes were lost");
         benchmark::DoNotOptimize(metadata);
     }
@@ -73,5 +84,10 @@ void refuseHugeDeclaredColumn(benchmark::State& state)
 
 } // namespace
 
-BENCHMARK(readManyAttributes)->Arg(100)->Arg(20000)->Unit(benchmark::kMillisecond);
+BENCHMARK(readManyAttributes)
+    ->Args({ 100, 0 })
+    ->Args({ 20000, 0 })
+    ->Args({ 100, 1 })
+    ->Args({ 20000, 1 })
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(refuseHugeDeclaredColumn)->Arg(31)->Unit(benchmark::kMillisecond)->Iterations(1);
