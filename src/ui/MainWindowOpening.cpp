@@ -8,6 +8,7 @@
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 #include "ui/OpeningTexts.h"
+#include "ui/StatisticsDockWidget.h"
 
 #include <QDebug>
 #include <QFileInfo>
@@ -227,6 +228,7 @@ void MainWindow::reportUnreadableColumns(const std::vector<std::string>& names)
     visibleIndices.clear();
     filterReducedPlot = false;
     scatterPlot->clearData();
+    statisticsDock->clearStatistics();
     updatePlotStatus();
     MessageBoxes::warning(this, MainWindowTexts::errorTitle, lines.join(QLatin1Char('\n')));
 }
