@@ -26,7 +26,7 @@ void fullRefresh(benchmark::State& state)
     window.resize(1400, 900);
     window.show();
     window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
-    while (window.isPreloadRunning())
+    while (window.isPreloadRunning() || window.isCheckingFile())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     Tessaly::DatasetEntry* entry = window.datasets().front();
     entry->filter.addRule(range("area_um", 20, 300));

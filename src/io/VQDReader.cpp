@@ -4,11 +4,11 @@
 #include "io/Hdf5Filters.h"
 #include "io/Hdf5Mutex.h"
 #include "io/ReadLimits.h"
+#include "io/ReaderSupport.h"
+#include "io/RootAttributes.h"
 
 #include <H5Cpp.h>
 #include <algorithm>
-#include <charconv>
-#include <iostream>
 #include <limits>
 #include <mutex>
 #include <optional>
@@ -25,20 +25,11 @@ const char* const traceGroup = "events/trace";
 const char* const imagePath = "events/image";
 const char* const maskPath = "events/mask";
 
-// Polygon gates are stored as "section:<x>,<y> polygon points".
-const std::string polygonSuffix = " polygon points";
-
 // Text of the instrument's own files in "setup:module composition".
 const char* const instrumentMarker = "Vortiq";
 
 // Handed out whenever there is no column to give, so every such call returns the same object.
 const std::vector<double> emptyColumn;
-
-void reportError(const std::string& prefix, const std::string& detail)
-{
-    // One write per line, so that lines of concurrent readers don't interleave.
-    std::cerr << (prefix + detail + '\n') << std::flush;
-}
 
 // H5Lexists fails instead of answering false when an inner component of a path is missing, and
 // pushes errors on the library's stack; every component is tested on its own here.
@@ -61,15 +52,6 @@ bool linkExists(hid_t location, const std::string& path)
         start = slash + 1;
     }
     return true;
-}
-
-std::vector<hsize_t> extentOf(const H5::DataSpace& space)
-{
-    const int rank = space.getSimpleExtentNdims();
-    std::vector<hsize_t> dims(static_cast<std::size_t>(std::max(rank, 0)));
-    if (!dims.empty())
-        space.getSimpleExtentDims(dims.data());
-    return dims;
 }
 
 // Virtual datasets take their values from other datasets, which may be themselves: the library
@@ -145,7 +127,7 @@ std::optional<H5::DataSet> listedDataset(
     }
     H5E_END_TRY;
     if (object < 0 && linkType(group, name) != H5L_TYPE_HARD) {
-        reportError("Skipping '" + path + "': ", "the link leads to no object");
+        reportReaderError("Skipping '" + path + "': ", "the link leads to no object");
         return std::nullopt;
     }
     if (object >= 0) {
@@ -157,7 +139,7 @@ std::optional<H5::DataSet> listedDataset(
     // For a hard link that failed above, this throws the library's own detail.
     H5::DataSet dataset = group.openDataSet(name);
     if (const std::optional<std::string> refusal = storageRefusal(dataset)) {
-        reportError("Skipping '" + path + "': ", *refusal);
+        reportReaderError("Skipping '" + path + "': ", *refusal);
         return std::nullopt;
     }
     return dataset;
@@ -236,144 +218,6 @@ std::vector<double> readColumn(const H5::DataSet& dataset)
     }
 }
 
-// "%f" without the locale: the application object switches the C locale to the user's, whose
-// decimal separator may be a comma.
-std::string formatFixed(double value)
-{
-    char text[400]; // the longest "%f" of a double has 309 digits before the point
-    const auto result = std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 6);
-    return std::string(text, result.ptr);
-}
-
-std::string stripPadding(std::string text, H5T_str_t padding)
-{
-    switch (padding) {
-    case H5T_STR_NULLTERM:
-        text.resize(std::min(text.find('\0'), text.size()));
-        break;
-    case H5T_STR_NULLPAD:
-        while (!text.empty() && text.back() == '\0')
-            text.pop_back();
-        break;
-    case H5T_STR_SPACEPAD:
-        while (!text.empty() && (text.back() == ' ' || text.back() == '\0'))
-            text.pop_back();
-        break;
-    default:
-        break;
-    }
-    return text;
-}
-
-std::string readStringAttribute(const H5::Attribute& attribute)
-{
-    const H5::StrType type = attribute.getStrType();
-    if (type.isVariableStr()) {
-        H5::StrType memoryType(H5::PredType::C_S1, H5T_VARIABLE);
-        memoryType.setCset(type.getCset());
-        char* text = nullptr;
-        attribute.read(memoryType, &text);
-        std::string value = text ? std::string(text) : std::string();
-        H5free_memory(text);
-        return value;
-    }
-    // Fixed-length text comes in the attribute's own type, padding included; other writers use
-    // null padding or space padding without a terminating null.
-    if (const std::optional<std::string> refusal
-        = memoryRefusal("a text of " + std::to_string(type.getSize()) + " bytes", type.getSize()))
-        throw std::runtime_error(*refusal);
-    std::string buffer(type.getSize(), '\0');
-    attribute.read(type, buffer.data());
-    return stripPadding(std::move(buffer), type.getStrpad());
-}
-
-std::optional<std::string> readScalarAttribute(const H5::Attribute& attribute, H5T_class_t typeClass)
-{
-    switch (typeClass) {
-    case H5T_STRING:
-        return readStringAttribute(attribute);
-    case H5T_FLOAT: {
-        double value = 0.0;
-        attribute.read(H5::PredType::NATIVE_DOUBLE, &value);
-        return formatFixed(value);
-    }
-    case H5T_ENUM: {
-        int value = 0;
-        attribute.read(H5::PredType::NATIVE_INT, &value);
-        return std::to_string(value);
-    }
-    case H5T_INTEGER: {
-        std::int64_t value = 0;
-        attribute.read(H5::PredType::NATIVE_INT64, &value);
-        return std::to_string(value);
-    }
-    default:
-        return std::nullopt;
-    }
-}
-
-// A float array of shape (n, 2) is a list of points; its text is "(x,y), (x,y), ...". When its key
-// reads "<x feature>,<y feature> polygon points" it is also a polygon gate.
-std::string readPointsAttribute(
-    const H5::Attribute& attribute, const std::string& name, hsize_t rows, VQDMetadata& metadata)
-{
-    // The values, the vertices as doubles and their text of about 30 characters each.
-    if (const std::optional<std::string> refusal = memoryRefusal(std::to_string(rows) + " points",
-            saturatingProduct(rows, 2 * sizeof(float) + 2 * sizeof(double) + 32)))
-        throw std::runtime_error(*refusal);
-    std::vector<float> values(static_cast<std::size_t>(rows) * 2);
-    if (!values.empty())
-        attribute.read(H5::PredType::NATIVE_FLOAT, values.data());
-
-    std::vector<std::pair<double, double>> vertices;
-    vertices.reserve(static_cast<std::size_t>(rows));
-    std::string text;
-    for (std::size_t i = 0; i + 1 < values.size(); i += 2) {
-        vertices.emplace_back(values[i], values[i + 1]);
-        if (!text.empty())
-            text += ", ";
-        text += '(' + formatFixed(values[i]) + ',' + formatFixed(values[i + 1]) + ')';
-    }
-
-    const std::string key = name.substr(name.find(':') + 1);
-    if (key.size() > polygonSuffix.size()
-        && key.compare(key.size() - polygonSuffix.size(), polygonSuffix.size(), polygonSuffix) == 0) {
-        const std::string features = key.substr(0, key.size() - polygonSuffix.size());
-        const std::size_t comma = features.find(',');
-        if (comma != std::string::npos)
-            metadata.polygonFilters.push_back(
-                { features.substr(0, comma), features.substr(comma + 1), std::move(vertices) });
-    }
-    return text;
-}
-
-// The text of one root attribute, or nothing when attributes of its kind are not kept.
-std::optional<std::string> readAttribute(
-    const H5::Attribute& attribute, const std::string& name, VQDMetadata& metadata)
-{
-    const H5T_class_t typeClass = attribute.getTypeClass();
-    const H5::DataSpace space = attribute.getSpace();
-    // An attribute without a value (null dataspace) has rank 0 as well but nothing to read.
-    if (space.getSimpleExtentType() == H5S_SCALAR)
-        return readScalarAttribute(attribute, typeClass);
-    if (space.getSimpleExtentType() != H5S_SIMPLE || typeClass != H5T_FLOAT)
-        return std::nullopt;
-    const std::vector<hsize_t> dims = extentOf(space);
-    if (dims.size() == 2 && dims[1] == 2 && name.find(':') != std::string::npos)
-        return readPointsAttribute(attribute, name, dims[0], metadata);
-    return std::nullopt;
-}
-
-void storeAttribute(VQDMetadata& metadata, const std::string& name, const std::string& value)
-{
-    metadata.allAttributes[name] = value;
-    const std::size_t colon = name.find(':');
-    if (colon == std::string::npos)
-        return;
-    if (VQDMetadata::TextMap* section = metadata.section(name.substr(0, colon)))
-        (*section)[name.substr(colon + 1)] = value;
-}
-
 } // namespace
 
 VQDReader::VQDReader() = default;
@@ -404,9 +248,9 @@ bool VQDReader::open(const std::string& path)
         determineEventCount();
         return true;
     } catch (const H5::Exception& e) {
-        reportError("Error opening file: ", e.getDetailMsg());
+        reportReaderError("Error opening file: ", e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error opening file: ", e.what());
+        reportReaderError("Error opening file: ", e.what());
     }
     m_file.reset();
     m_fileOpen = false;
@@ -434,6 +278,7 @@ void VQDReader::close()
     m_traceNames.clear();
     m_traceLength = 0;
     m_columnCache.clear();
+    m_columnFailures.clear();
     m_computedFeatureNames.clear();
     // The filter settings are the program's, not the file's, and stay for the next file.
     m_traceAliases.clear();
@@ -465,10 +310,10 @@ void VQDReader::listFeatures()
         std::sort(m_featureNames.begin(), m_featureNames.end());
         m_featureNamesSorted = true;
     } catch (const H5::Exception& e) {
-        reportError("Error caching features: ", e.getDetailMsg());
+        reportReaderError("Error caching features: ", e.getDetailMsg());
         m_featureNamesSorted = false;
     } catch (const std::exception& e) {
-        reportError("Error caching features: ", e.what());
+        reportReaderError("Error caching features: ", e.what());
         m_featureNamesSorted = false;
     }
     m_imageAvailable = m_featureNameSet.count("image") > 0;
@@ -503,9 +348,9 @@ void VQDReader::listTraces()
         }
         std::sort(m_traceNames.begin(), m_traceNames.end());
     } catch (const H5::Exception& e) {
-        reportError("Error caching trace info: ", e.getDetailMsg());
+        reportReaderError("Error caching trace info: ", e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error caching trace info: ", e.what());
+        reportReaderError("Error caching trace info: ", e.what());
     }
     m_tracesAvailable = !m_traceNames.empty();
 }
@@ -523,9 +368,9 @@ void VQDReader::determineEventCount()
         if (!dims.empty())
             m_eventCount = dims[0];
     } catch (const H5::Exception& e) {
-        reportError("Error determining event count: ", e.getDetailMsg());
+        reportReaderError("Error determining event count: ", e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error determining event count: ", e.what());
+        reportReaderError("Error determining event count: ", e.what());
     }
 }
 
@@ -558,18 +403,34 @@ const std::vector<double>& VQDReader::getFeature(const std::string& name)
     if (!m_fileOpen || !m_file || name.empty() || name.find('/') != std::string::npos
         || !linkExists(m_file->getId(), std::string(eventsGroup) + '/' + name))
         return emptyColumn;
+    std::string failure;
     try {
         const H5::DataSet dataset = m_file->openDataSet(std::string(eventsGroup) + '/' + name);
         auto column = std::make_unique<std::vector<double>>(readColumn(dataset));
         const std::vector<double>& stored = *column;
         m_columnCache[name] = std::move(column);
+        m_columnFailures.erase(name);
         return stored;
     } catch (const H5::Exception& e) {
-        reportError("Error reading feature '" + name + "': ", e.getDetailMsg());
+        failure = e.getDetailMsg();
     } catch (const std::exception& e) {
-        reportError("Error reading feature '" + name + "': ", e.what());
+        failure = e.what();
     }
+    // Nothing is cached, so that the next request tries again; but a column that keeps failing, as
+    // at every refresh of a plot, is reported once, until it has been read. (The text of a refusal
+    // may change from one try to the next, with the memory available.)
+    const bool known = m_columnFailures.count(name) > 0;
+    m_columnFailures[name] = failure;
+    if (!known)
+        reportReaderError("Error reading feature '" + name + "': ", failure);
     return emptyColumn;
+}
+
+std::string VQDReader::featureError(const std::string& name) const
+{
+    Lock lock(hdf5Mutex());
+    const auto failure = m_columnFailures.find(name);
+    return failure == m_columnFailures.end() ? std::string() : failure->second;
 }
 
 void VQDReader::setFeature(const std::string& name, std::vector<double>&& values)
@@ -577,6 +438,7 @@ void VQDReader::setFeature(const std::string& name, std::vector<double>&& values
     Lock lock(hdf5Mutex());
     m_columnCache[name] = std::make_unique<std::vector<double>>(std::move(values));
     values.clear();
+    m_columnFailures.erase(name);
     m_computedFeatureNames.insert(name);
     if (m_featureNameSet.insert(name).second) {
         m_featureNames.push_back(name);
@@ -681,9 +543,9 @@ std::vector<std::vector<std::uint8_t>> VQDReader::readFrames(const char* path, c
             *height = static_cast<int>(rows);
         return result;
     } catch (const H5::Exception& e) {
-        reportError(failure, e.getDetailMsg());
+        reportReaderError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError(failure, e.what());
+        reportReaderError(failure, e.what());
     }
     return {};
 }
@@ -768,9 +630,9 @@ std::vector<std::vector<float>> VQDReader::readStoredRows(
         }
         return result;
     } catch (const H5::Exception& e) {
-        reportError(failure, e.getDetailMsg());
+        reportReaderError(failure, e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError(failure, e.what());
+        reportReaderError(failure, e.what());
     }
     return {};
 }
@@ -832,24 +694,11 @@ VQDMetadata VQDReader::readMetadata()
         return metadata;
     try {
         const H5::Group root = m_file->openGroup("/");
-        const int count = root.getNumAttrs();
-        for (int i = 0; i < count; ++i) {
-            try {
-                const H5::Attribute attribute = root.openAttribute(static_cast<unsigned int>(i));
-                const std::string name = attribute.getName();
-                if (const std::optional<std::string> value = readAttribute(attribute, name, metadata))
-                    storeAttribute(metadata, name, *value);
-            } catch (const H5::Exception& e) {
-                reportError(
-                    "Warning: failed to read attribute " + std::to_string(i) + ": ", e.getDetailMsg());
-            } catch (const std::exception& e) {
-                reportError("Warning: failed to read attribute " + std::to_string(i) + ": ", e.what());
-            }
-        }
+        readRootAttributes(root, metadata);
     } catch (const H5::Exception& e) {
-        reportError("Error reading metadata: ", e.getDetailMsg());
+        reportReaderError("Error reading metadata: ", e.getDetailMsg());
     } catch (const std::exception& e) {
-        reportError("Error reading metadata: ", e.what());
+        reportReaderError("Error reading metadata: ", e.what());
     }
 
     const auto composition = metadata.setup.find("module composition");

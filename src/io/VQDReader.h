@@ -62,6 +62,9 @@ public:
     // columns all give the same shared empty vector. A reference stays valid until `name` is replaced
     // by setFeature or the reader is closed.
     const std::vector<double>& getFeature(const std::string& name);
+    // Why the last read of the column `name` gave nothing, as the reader reported it; empty when it
+    // was never refused or has been read since. A column that keeps failing is reported once.
+    std::string featureError(const std::string& name) const;
     // Puts a computed column into the cache, replacing any column of that name. `values` is moved from.
     void setFeature(const std::string& name, std::vector<double>&& values);
     // Reads every scalar column into the cache, taking the lock for one column at a time so that other
@@ -136,6 +139,9 @@ private:
     // Owned vectors, so that references handed out survive a rehash of the map.
     std::unordered_map<std::string, std::unique_ptr<std::vector<double>>> m_columnCache;
     std::unordered_set<std::string> m_computedFeatureNames;
+    // Column name to the reason its last read failed; present from the first failure, which alone
+    // is reported, until a read succeeds.
+    std::unordered_map<std::string, std::string> m_columnFailures;
     // Alias to the stored trace it filters.
     std::unordered_map<std::string, std::string> m_traceAliases;
     TraceProcessing m_traceProcessing;

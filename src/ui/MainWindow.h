@@ -28,11 +28,13 @@ class QDockWidget;
 class QLabel;
 class QLineEdit;
 class QPolygonF;
+class QProgressDialog;
 class QPushButton;
 class QSpinBox;
 class QSplitter;
 class QStackedWidget;
 class QTabWidget;
+class QTimer;
 class QTableWidget;
 class QTreeWidget;
 
@@ -54,6 +56,7 @@ class ScatterPlot;
 class StartPanel;
 class StatisticsDockWidget;
 class TracePlot;
+class FileCheck;
 
 // Texts of the main window, in one place.
 namespace MainWindowTexts {
@@ -126,7 +129,8 @@ inline const QString colorMapIndex = QStringLiteral("settings/colorMapIndex");
 // Owner of everything a session holds: the datasets (row order = list order), the filter groups,
 // the docks and the tool windows. Its definitions are split by concern over several files:
 // MainWindow.cpp (construction, settings, closing), MainWindowLayout.cpp (docks, central widget,
-// menus), MainWindowDatasets.cpp (opening, preload, removal, duplication, clearing) and
+// menus), MainWindowOpening.cpp (the file check, opening and refusals), MainWindowDatasets.cpp (preload,
+// removal, duplication, clearing) and
 // MainWindowDatasetList.cpp (the list and folder views), MainWindowPlot.cpp (showing the active
 // dataset), MainWindowRefresh.cpp (the refresh pipeline), MainWindowFilterOps.cpp (filters across
 // datasets), MainWindowFilterGroups.cpp, MainWindowFilterGroupFiles.cpp, MainWindowIsoelastics.cpp
@@ -176,6 +180,8 @@ public:
     void openDataset(const QString& path);
     int openSessionDataset(const QString& path);
     bool isPreloadRunning() const { return preloadRunning; }
+    // A file is being checked before it is opened; the window goes on meanwhile.
+    bool isCheckingFile() const;
 
     // Writes the events of `entry` that pass its effective filter in the format `config` asks for,
     // beside its file or in the configured folder. Failures are reported in a message box; true when
@@ -280,6 +286,9 @@ protected:
 
 private Q_SLOTS:
     void onFeaturesLoaded();
+    void onFileCheckFinished(bool passed, const QString& reason);
+    void showCheckProgress();
+    void cancelFileCheck();
     void onColorMapSelected(QAction* action);
     void onDatasetViewModeChanged(int mode);
     void onDatasetDepthChanged(int depth);
@@ -303,8 +312,16 @@ private:
     void connectSignals();
     void setupFirstStart();
 
+    // Opening: the file check, refusals and the queue of files.
+    int startFileCheck(const QString& path, bool forSession);
+    void hideCheckProgress();
+    std::unique_ptr<DatasetEntry> openEntry(const QString& path, int id);
+    void refuseFile(const QString& path, const QString& reason);
+    void continueOpening();
+    void restoreStatus();
+    void reportUnreadableColumns(const std::vector<std::string>& names);
+
     // Datasets.
-    std::unique_ptr<DatasetEntry> openEntry(const QString& path);
     int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
     static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
@@ -391,10 +408,15 @@ private:
     // The session being loaded, kept until its datasets are in and its state is applied.
     QJsonObject loadingSessionDocument;
     bool loadingSessionKept = false;
-    // Files of that session that have passed the probe already.
-    QSet<QString> sessionCheckedPaths;
     // Shown once per run, so that a folder of foreign files costs one dialog.
     bool unsupportedDataWarned = false;
+    // The check of the file being opened, made on first use; the id reserved for its dataset, and
+    // whether a session asked for it. Its progress window shows only when it takes long.
+    FileCheck* fileCheck = nullptr;
+    int checkingId = -1;
+    bool checkingForSession = false;
+    QTimer* checkProgressTimer = nullptr;
+    QProgressDialog* checkProgress = nullptr;
 
     // On while a group rule is written back, so that the refresh leaves the row being edited alone.
     bool groupRuleUpdating = false;

@@ -16,7 +16,6 @@
 #include "ui/StatisticsDockWidget.h"
 
 #include <QComboBox>
-#include <QDebug>
 #include <QDirIterator>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -85,73 +84,6 @@ void MainWindow::dropEvent(QDropEvent* event)
     for (const QString& path : paths)
         openDataset(path);
     event->acceptProposedAction();
-}
-
-void MainWindow::openDataset(const QString& path)
-{
-    // A file is opened once; a second view of it is made by duplicating.
-    if (DatasetEntry* existing = findDatasetByPath(path.toStdString())) {
-        setCurrentRow(rowOf(existing));
-        return;
-    }
-    if (preloadRunning) {
-        pendingOpenPaths.enqueue(path);
-        return;
-    }
-
-    std::unique_ptr<DatasetEntry> entry = openEntry(path);
-    if (!entry)
-        return;
-    const QString changedName = metadataText(entry->metadata.export_, "changed sample name");
-    entry->displayName = changedName.isEmpty() ? sampleOrFileName(*entry) : changedName;
-    const int row = appendEntry(std::move(entry), true);
-    startPreload(row);
-    setCurrentRow(row);
-    updateApplyPlotButton();
-}
-
-int MainWindow::openSessionDataset(const QString& path)
-{
-    std::unique_ptr<DatasetEntry> entry = openEntry(path);
-    if (!entry)
-        return -1;
-    // The session restores the stored name later.
-    entry->displayName = QFileInfo(path).fileName();
-    const int id = entry->id;
-    startPreload(appendEntry(std::move(entry), false));
-    return id;
-}
-
-// A new entry with a fresh id, or null after saying why not: a file that can't be opened, or one
-// that no instrument of ours wrote (said once per run, so that a folder of foreign files costs one
-// dialog). The id of a refused file is spent.
-std::unique_ptr<DatasetEntry> MainWindow::openEntry(const QString& path)
-{
-    auto entry = std::make_unique<DatasetEntry>();
-    entry->id = nextDatasetId++;
-    entry->reader = std::make_shared<VQDReader>();
-    // A file of a session being loaded was probed when the session was checked, moments ago.
-    const bool probedForSession = sessionCheckedPaths.remove(path);
-    QString probeFailure;
-    if (!probedForSession && !FileProbe::check(path, &probeFailure)) {
-        qWarning().noquote() << "Not opening" << path << "-" << probeFailure;
-        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
-        return nullptr;
-    }
-    if (!entry->reader->open(path.toStdString())) {
-        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
-        return nullptr;
-    }
-    entry->filePath = path.toStdString();
-    entry->metadata = entry->reader->readMetadata();
-    if (!entry->reader->isInstrumentData()) {
-        if (!unsupportedDataWarned) {
-            unsupportedDataWarned = true;
-            MessageBoxes::warning(this, MainWindowTexts::unsupportedTitle, MainWindowTexts::unsupportedText);
-        }
-        return nullptr;
-    }
-    return entry;
 }
 
 // Adds the entry as the last row of the session and of its views; returns the row.
@@ -263,11 +195,10 @@ void MainWindow::onFeaturesLoaded()
     if (refused && preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
         const QString path
             = QString::fromStdString(datasetList[static_cast<std::size_t>(preloadRow)]->filePath);
-        qWarning().noquote() << "Not reading" << path << "-" << *preloadFailure;
         const int row = preloadRow;
         preloadRow = -1;
         removeDatasetAt(row);
-        MessageBoxes::critical(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToOpenText + path);
+        refuseFile(path, *preloadFailure);
     } else if (preloadRow >= 0 && preloadRow < static_cast<int>(datasetList.size())) {
         datasetList[static_cast<std::size_t>(preloadRow)]->featuresLoaded = true;
         if (preloadRow == activeDatasetIndex)
@@ -276,19 +207,7 @@ void MainWindow::onFeaturesLoaded()
     preloadRow = -1;
     preloadRunning = false;
     preloadFailure.reset();
-
-    if (!pendingPreloadRows.isEmpty()) {
-        startPreload(pendingPreloadRows.dequeue());
-        return;
-    }
-    if (openNextSessionFile())
-        return;
-    if (!pendingOpenPaths.isEmpty()) {
-        openDataset(pendingOpenPaths.dequeue());
-        return;
-    }
-    if (sessionLoading)
-        finishSessionLoad();
+    continueOpening();
 }
 
 void MainWindow::removeDataset()
@@ -405,11 +324,12 @@ void MainWindow::clearSession()
     pendingOpenPaths.clear();
     // A session load under way ends with the session it was filling.
     pendingSessionFiles.clear();
-    sessionCheckedPaths.clear();
     sessionIndexToId.clear();
     sessionLoading = false;
     loadingSessionDocument = QJsonObject();
     loadingSessionKept = false;
+    // A file still being checked belonged to the old session as well.
+    cancelFileCheck();
 
     deleteToolWindows();
 

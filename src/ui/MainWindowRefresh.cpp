@@ -100,9 +100,14 @@ void MainWindow::onFilterChanged()
     const std::vector<double>& xColumn = reader.getFeature(xKey);
     const std::vector<double>& yColumn = reader.getFeature(yKey);
     if (xColumn.empty() || yColumn.empty()) {
+        std::vector<std::string> unreadable;
+        if (xColumn.empty())
+            unreadable.push_back(xKey);
+        if (yColumn.empty() && yKey != xKey)
+            unreadable.push_back(yKey);
         // Not held across the dialog, whose event loop may run for long.
         readerLock.unlock();
-        MessageBoxes::warning(this, MainWindowTexts::errorTitle, MainWindowTexts::failedToReadFeatureText);
+        reportUnreadableColumns(unreadable);
         return;
     }
 

@@ -114,7 +114,6 @@ void MainWindow::loadSessionFrom(const QString& path)
     const QDir sessionDir = QFileInfo(path).absoluteDir();
     const std::vector<QJsonObject> stored = sessionDatasets(root);
     QQueue<QPair<int, QString>> files;
-    QSet<QString> checkedPaths;
     for (std::size_t index = 0; index < stored.size(); ++index) {
         const SessionDatasetRef ref = sessionDatasetRef(stored[index], sessionDir);
         if (ref.isDuplicate)
@@ -151,7 +150,6 @@ void MainWindow::loadSessionFrom(const QString& path)
                 continue;
         }
         files.enqueue(qMakePair(static_cast<int>(index), filePath));
-        checkedPaths.insert(filePath);
     }
 
     sessionLoading = true;
@@ -161,13 +159,13 @@ void MainWindow::loadSessionFrom(const QString& path)
 
     // Files open one after the other, each when the preload of the one before has ended.
     pendingSessionFiles = files;
-    sessionCheckedPaths = checkedPaths;
-    if (!preloadRunning && !openNextSessionFile() && !preloadRunning)
+    // A file still in the check or the preload hands on to the session's files when it ends.
+    if (!preloadRunning && !isCheckingFile() && !openNextSessionFile())
         finishSessionLoad();
 }
 
 // Opens the next file of the session being loaded. A file that fails to open now is passed over,
-// so that the rest still come in. True when a preload was started.
+// so that the rest still come in. True when the check of one was started.
 bool MainWindow::openNextSessionFile()
 {
     while (!pendingSessionFiles.isEmpty()) {
@@ -227,7 +225,6 @@ void MainWindow::finishSessionLoad()
     loadingSessionDocument = QJsonObject();
     loadingSessionKept = false;
     sessionIndexToId.clear();
-    sessionCheckedPaths.clear();
 
     if (!datasetList.empty()) {
         datasetListWidget->blockSignals(true);

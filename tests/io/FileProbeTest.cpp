@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
+#include <string>
 
 using namespace Tessaly;
 
@@ -37,19 +38,63 @@ TEST(FileProbe, DamagedFilesFailTheProbeSoundFilesPass)
 
     EXPECT_TRUE(FileProbe::check(sound, &failure, FileProbe::Scope::Columns)) << failure.toStdString();
 
-    for (const char* name : { "crash-3f6af080.vqd", "crash-4b7570dd.vqd", "crash-7955c795.vqd" }) {
+    // This file's damaged list of attributes crashed the library when the attributes were opened by
+    // index; walked in one pass, the library finds the damage and says so.
+    EXPECT_TRUE(FileProbe::check(hostileFile("crash-3f6af080.vqd"), &failure)) << failure.toStdString();
+
+    for (const char* name : { "crash-4b7570dd.vqd", "crash-7955c795.vqd" }) {
         failure.clear();
         EXPECT_FALSE(FileProbe::check(hostileFile(name), &failure)) << name;
-        EXPECT_EQ(failure, "the file's structure is damaged") << name;
+        EXPECT_EQ(failure, "The file is damaged: reading its structure crashed the file check.") << name;
     }
     EXPECT_FALSE(FileProbe::check(hostileFile("timeout-01fa60.vqd"), &failure));
-    EXPECT_EQ(failure, "reading the file did not finish in time");
-    EXPECT_FALSE(FileProbe::check(dir.filePath("missing.vqd"), &failure));
-    EXPECT_EQ(failure, "the file could not be opened");
+    EXPECT_EQ(failure, "Refused by the file check: reading its structure took longer than 4 s.");
+    EXPECT_FALSE(FileProbe::check(dir.filePath("missing.vqd"), &failure, FileProbe::Scope::Columns));
+    EXPECT_EQ(failure, "The file's structure is damaged: the HDF5 library cannot open it.");
 
     // Without a probe program files are opened unprobed.
     FileProbe::setProgram(dir.filePath("no-such-probe"));
     EXPECT_TRUE(FileProbe::check(hostileFile("crash-7955c795.vqd")));
     FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
     FileProbe::setTimeLimit(15000);
+}
+
+// What can be told without the library: a path that is no readable file, or a file without the
+// signature that every HDF5 file has at its start or behind a user block.
+TEST(FileProbe, FilesThatCannotBeHdf5AreToldApartBeforeAnyProbe)
+{
+    QTemporaryDir dir;
+    const auto write = [&dir](const char* name, const QByteArray& bytes) {
+        QFile file(dir.filePath(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return file.fileName();
+    };
+    const QByteArray signature("\x89HDF\r\n\x1a\n", 8);
+    const QString sound = dir.filePath("sound.vqd");
+    Testing::FixtureWriter(sound.toStdString()).column<double>("deform", { 0.1 }).close();
+    QFile soundFile(sound);
+    ASSERT_TRUE(soundFile.open(QIODevice::ReadOnly));
+    const QByteArray soundBytes = soundFile.readAll();
+
+    struct Case
+    {
+        QString path;
+        QString refusal;
+    };
+    const Case cases[] = {
+        { dir.filePath("missing.vqd"), "The file cannot be read: it does not exist." },
+        { dir.path(), "The file cannot be read: it is a folder." },
+        { write("empty.vqd", QByteArray()), "This is not an HDF5 file." },
+        { write("text.vqd", "just some text, long enough to hold a signature"), "This is not an HDF5 file." },
+        // Short of a whole signature, or a signature at an offset where no user block ends.
+        { write("short.vqd", signature.left(7)), "This is not an HDF5 file." },
+        { write("offset.vqd", QByteArray(300, ' ') + signature), "This is not an HDF5 file." },
+        { sound, "" },
+        { write("signature-only.vqd", signature), "" },
+        { write("user-block.vqd", QByteArray(1024, 'u') + signature + QByteArray(100, '\0')), "" },
+        { write("user-block-512.vqd", QByteArray(512, 'u') + soundBytes), "" },
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(FileProbe::refusalBeforeProbe(c.path), c.refusal) << c.path.toStdString();
 }

@@ -181,23 +181,25 @@ TEST_F(VQDReaderHostileFile, DeclaredSizesBeyondTheMachineOrTheFrameLimitAreRefu
         EXPECT_TRUE(reader.getTrace("fl1_raw", 0).empty());
         EXPECT_TRUE(reader.getTrace("fl2_raw", 1).empty());
     });
-    ASSERT_EQ(lines.size(), 6u);
-    // Not cached: each request tries again and reports again.
+    ASSERT_EQ(lines.size(), 5u);
+    // The second request tries again, but the same refusal is not reported twice. The limit that
+    // refused it is named.
     EXPECT_THAT(lines[0], StartsWith("Error reading feature 'zz_huge': 1099511627776 values would need "));
-    EXPECT_THAT(lines[0], HasSubstr(" bytes of memory allowed for one read"));
-    EXPECT_EQ(lines[1], lines[0]);
-    EXPECT_EQ(lines[2],
+    EXPECT_THAT(lines[0], HasSubstr(" bytes of memory available now"));
+    EXPECT_EQ(lines[1],
         "Error reading image at index 0: a frame of 16385 x 4 pixels is larger than 16384 "
         "pixels a side");
-    EXPECT_EQ(lines[3],
+    EXPECT_EQ(lines[2],
         "Error reading mask at index 1: a frame of 3 x 16385 pixels is larger than 16384 "
         "pixels a side");
-    EXPECT_THAT(lines[4],
+    EXPECT_THAT(lines[3],
         StartsWith("Error reading trace 'fl1_raw' at index 0: a trace of 1099511627776 "
                    "samples would need "));
-    EXPECT_THAT(lines[5],
+    EXPECT_THAT(lines[4],
         StartsWith("Error reading trace 'fl2_raw' at index 1: a trace of 1099511627776 "
                    "samples would need "));
+    EXPECT_THAT(reader.featureError("zz_huge"), HasSubstr("more than half of the "));
+    EXPECT_EQ(reader.featureError("area_um"), "");
     EXPECT_EQ(reader.getFeature("area_um"), (std::vector<double> { 1, 2 }));
 }
 
@@ -241,9 +243,55 @@ TEST_F(VQDReaderHostileFile, TheMemoryLimitCountsBuffersAndOneChunk)
             "Error reading trace 'fl1_raw' at index 1: a trace of 1000 samples would need 6000 bytes, more "
             "than the 5999 bytes of memory allowed for one read"));
 
+    // Asked again, even under another limit, the column is tried again but not reported again; the
+    // reason given is the newest.
+    setReadMemoryLimit(15999);
+    EXPECT_THAT(errorLinesOf([&] { EXPECT_TRUE(reader.getFeature("plain").empty()); }), IsEmpty());
+    EXPECT_EQ(reader.featureError("plain"),
+        "1000 values would need 16000 bytes, more than the 15999 bytes of memory allowed for one read");
+
     setReadMemoryLimit(0);
-    EXPECT_GT(readMemoryLimit(), std::uint64_t { 1 } << 26) << "the machine's memory is the default";
+    EXPECT_GT(readMemoryLimit(), std::uint64_t { 1 } << 26) << "half the available memory is the default";
     EXPECT_EQ(reader.getFeature("plain").size(), 1000u);
+    EXPECT_EQ(reader.featureError("plain"), "");
+    // Once read, it is cached, so a lower limit changes nothing for it.
+    setReadMemoryLimit(100);
+    EXPECT_THAT(errorLinesOf([&] { EXPECT_EQ(reader.getFeature("plain").size(), 1000u); }), IsEmpty());
+}
+
+// Opening attributes one by one by their index makes the library list all of them each time; with
+// tens of thousands that took minutes. Every attribute must still be read, and one that can't be read
+// must not stop the others.
+TEST_F(VQDReaderHostileFile, ThousandsOfAttributesAreAllReadAndAFailingOneIsSkipped)
+{
+    const std::string path = pathFor("many.vqd");
+    constexpr int count = 5000;
+    {
+        FixtureWriter writer(path, FileFormat::Latest);
+        writer.column<float>("deform", { 1, 2 }).stringAttribute("setup:module composition", "Vortiq");
+        for (int i = 0; i < count; ++i)
+            writer.floatAttribute("experiment:value " + std::to_string(i), i * 0.5);
+        writer.stringAttribute("setup:too long", std::string(300, 'x'), StringStorage::NullPadded)
+            .pointsAttribute("online_filter:area_um,deform polygon points", { { 1, 2 }, { 3, 4 } });
+    }
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(path));
+    // Fixed-length text is read whole: a limit below its size makes that one attribute fail.
+    setReadMemoryLimit(200);
+    VQDMetadata metadata;
+    const std::vector<std::string> lines = errorLinesOf([&] { metadata = reader.readMetadata(); });
+    ASSERT_EQ(lines.size(), 1u);
+    EXPECT_THAT(lines[0],
+        testing::MatchesRegex("Warning: failed to read attribute [0-9]+: a text of 300 "
+                              "bytes would need 300 bytes, more than .*"));
+    EXPECT_EQ(metadata.experiment.size(), static_cast<std::size_t>(count));
+    EXPECT_EQ(metadata.experiment.at("value 0"), "0.000000");
+    EXPECT_EQ(metadata.experiment.at("value 4999"), "2499.500000");
+    EXPECT_EQ(metadata.allAttributes.size(), static_cast<std::size_t>(count) + 2);
+    EXPECT_EQ(metadata.setup.count("too long"), 0u);
+    ASSERT_EQ(metadata.polygonFilters.size(), 1u);
+    EXPECT_EQ(metadata.polygonFilters[0].vertices.size(), 2u);
+    EXPECT_TRUE(reader.isInstrumentData());
 }
 
 // Attributes of every kind the format allows, none of which may stop the walk or leave
@@ -320,4 +368,29 @@ TEST_F(VQDReaderHostileFile, AttributesOfAnyTypeRankAndSizeNeverStopTheMetadata)
     EXPECT_EQ(metadata.setup.at("empty array"), "");
     EXPECT_EQ(metadata.setup.at("after"), "still read");
     EXPECT_THAT(metadata.polygonFilters, IsEmpty());
+}
+
+// In the oldest file format all attributes stand in the object header, where each one is found by a
+// search from its start; such a header is read up to a bound, with a line about the rest.
+TEST_F(VQDReaderHostileFile, AttributesInTheObjectHeaderAreReadUpToABound)
+{
+    const std::string path = pathFor("header.vqd");
+    const int count = static_cast<int>(maxHeaderAttributes) + 4;
+    {
+        FixtureWriter writer(path, FileFormat::Earliest);
+        writer.column<float>("deform", { 1, 2 }).stringAttribute("setup:module composition", "Vortiq");
+        for (int i = 1; i < count; ++i)
+            writer.intAttribute("experiment:n" + std::to_string(i), i);
+    }
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(path));
+    VQDMetadata metadata;
+    EXPECT_THAT(errorLinesOf([&] { metadata = reader.readMetadata(); }),
+        ElementsAre(
+            "Warning: only the first 4096 of the 4100 attributes in the file's root header are read"));
+    EXPECT_EQ(metadata.allAttributes.size(), maxHeaderAttributes);
+    // In writing order: the first ones are there, the last ones not.
+    EXPECT_TRUE(reader.isInstrumentData());
+    EXPECT_EQ(metadata.experiment.at("n4095"), "4095");
+    EXPECT_EQ(metadata.experiment.count("n4096"), 0u);
 }

@@ -93,7 +93,7 @@ bool MainWindowFixture::waitUntilIdle(int timeoutMs)
 {
     return QTest::qWaitFor(
         [this] {
-            if (window->isPreloadRunning())
+            if (window->isPreloadRunning() || window->isCheckingFile())
                 return false;
             for (const DatasetEntry* entry : window->datasets()) {
                 if (!entry->featuresLoaded)

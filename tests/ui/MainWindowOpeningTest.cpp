@@ -1,20 +1,26 @@
 #include "MainWindowFixture.h"
+#include "io/FileProbe.h"
 #include "io/Hdf5Mutex.h"
 #include "io/VQDReader.h"
-#include "io/FileProbe.h"
 #include "support/FixtureWriter.h"
+#include "support/MessageCapture.h"
 
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QLabel>
 #include <QListWidget>
+#include <QProgressDialog>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
 #include <mutex>
 #include <random>
 
 using namespace Tessaly;
 using Tessaly::Testing::MainWindowFixture;
+using Tessaly::Testing::MessageCapture;
 
 using MainWindowOpening = MainWindowFixture;
 
@@ -63,16 +69,18 @@ TEST_F(MainWindowOpening, UnreadableAndForeignFilesAreTurnedAway)
     MainWindow& w = makeWindow();
     const QString broken = writeTextFile("broken.vqd", "not HDF5 at all");
     w.openDataset(broken);
+    ASSERT_TRUE(waitUntilIdle());
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].kind, MessageBoxes::Kind::Critical);
     EXPECT_EQ(messages[0].title, "Error");
-    EXPECT_EQ(messages[0].text, "Failed to open: " + broken);
+    EXPECT_EQ(messages[0].text, "Failed to open: " + broken + "\nThis is not an HDF5 file.");
 
     // Two foreign files: one warning for the whole run.
     messages.clear();
     drop(
         { QUrl::fromLocalFile(writeForeignFile("f1.vqd")), QUrl::fromLocalFile(writeForeignFile("f2.vqd")) });
     w.openDataset(writeForeignFile("f3.vqd"));
+    ASSERT_TRUE(waitUntilIdle());
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].title, "Unsupported Data");
     EXPECT_EQ(messages[0].text,
@@ -98,26 +106,30 @@ TEST_F(MainWindowOpening, FoldersEmptyFilesAndRandomBytesGiveTheErrorBox)
         c = static_cast<char>(random());
     const QString noisy = writeTextFile("hostile/noise.vqd", noise);
 
-    const auto expectErrors = [this](const QStringList& paths) {
-        ASSERT_EQ(messages.size(), static_cast<std::size_t>(paths.size()));
-        for (int i = 0; i < paths.size(); ++i) {
+    const QString notHdf5 = QStringLiteral("\nThis is not an HDF5 file.");
+    const auto expectErrors = [this](const QStringList& texts) {
+        ASSERT_TRUE(waitUntilIdle());
+        ASSERT_EQ(messages.size(), static_cast<std::size_t>(texts.size()));
+        for (int i = 0; i < texts.size(); ++i) {
             EXPECT_EQ(messages[i].kind, MessageBoxes::Kind::Critical);
             EXPECT_EQ(messages[i].title, "Error");
-            EXPECT_EQ(messages[i].text, "Failed to open: " + paths[i]);
+            EXPECT_EQ(messages[i].text, "Failed to open: " + texts[i]);
         }
         messages.clear();
     };
 
+    // Each refusal lets the next file in line go ahead.
     for (const QString& path : { directory, empty, noisy })
         w.openDataset(path);
-    expectErrors({ directory, empty, noisy });
+    expectErrors(
+        { directory + "\nThe file cannot be read: it is a folder.", empty + notHdf5, noisy + notHdf5 });
 
     // Dropped, in path order. A dropped folder is searched for files: a folder inside it is not one,
     // whatever its name.
     drop({ QUrl::fromLocalFile(noisy), QUrl::fromLocalFile(empty) });
-    expectErrors({ empty, noisy });
+    expectErrors({ empty + notHdf5, noisy + notHdf5 });
     drop({ QUrl::fromLocalFile(folder.filePath("hostile")) });
-    expectErrors({ empty, noisy });
+    expectErrors({ empty + notHdf5, noisy + notHdf5 });
 
     EXPECT_TRUE(w.datasets().empty());
     EXPECT_FALSE(w.isPreloadRunning());
@@ -195,7 +207,8 @@ TEST_F(MainWindowOpening, AFileIsOpenedOnceAndArrivalsDuringAPreloadWait)
         // Holding the library lock keeps the preload from finishing.
         std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
         w.openDataset(first);
-        EXPECT_TRUE(w.isPreloadRunning());
+        EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Checking: first.vqd...");
+        ASSERT_TRUE(QTest::qWaitFor([&w] { return w.isPreloadRunning(); }, 20000));
         EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Loading: First...");
         w.openDataset(second);
         w.openDataset(first);
@@ -221,6 +234,7 @@ TEST_F(MainWindowOpening, TheLoadingRowCannotBeRemovedOthersCan)
     {
         std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
         w.openDataset(writeDataset("loading.vqd", "Loading"));
+        ASSERT_TRUE(QTest::qWaitFor([&w] { return w.isPreloadRunning(); }, 20000));
         ASSERT_EQ(list->currentRow(), 1);
         w.removeDataset();
         ASSERT_EQ(messages.size(), 1u);
@@ -249,6 +263,7 @@ TEST_F(MainWindowOpening, DuplicatesShareTheReaderButNotTheName)
     {
         std::lock_guard<std::recursive_mutex> hold(hdf5Mutex());
         w.openDataset(writeDataset("source.vqd", "Source"));
+        ASSERT_TRUE(QTest::qWaitFor([&w] { return w.isPreloadRunning(); }, 20000));
         // Not loaded yet: nothing to duplicate.
         w.duplicateDataset();
         EXPECT_EQ(w.datasets().size(), 1u);
@@ -308,9 +323,12 @@ TEST_F(MainWindowOpening, FilesThatCrashTheFileLibraryAreRefusedNotFatal)
     const QString damaged = QStringLiteral(TESSALY_TEST_DATA "/hostile/crash-7955c795.vqd");
     ASSERT_TRUE(QFile::exists(damaged));
     w.openDataset(damaged);
+    ASSERT_TRUE(waitUntilIdle());
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_EQ(messages[0].title, "Error");
-    EXPECT_EQ(messages[0].text, "Failed to open: " + damaged);
+    EXPECT_EQ(messages[0].text,
+        "Failed to open: " + damaged
+            + "\nThe file is damaged: reading its structure crashed the file check.");
     EXPECT_TRUE(w.datasets().empty());
     // The program goes on: a sound file opens after it.
     w.openDataset(writeDataset("after.vqd"));
@@ -334,8 +352,135 @@ TEST_F(MainWindowOpening, AFileWhoseColumnsCrashTheProbeIsDroppedAfterOpening)
     FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
     // Both were refused once their columns were to be read; the queue went on to the second.
     ASSERT_EQ(messages.size(), 2u);
-    EXPECT_EQ(messages[0].text, "Failed to open: " + kept);
-    EXPECT_EQ(messages[1].text, "Failed to open: " + dropped);
+    const QString reason
+        = QStringLiteral("\nThe file is damaged: reading its columns crashed the file check.");
+    EXPECT_EQ(messages[0].text, "Failed to open: " + kept + reason);
+    EXPECT_EQ(messages[1].text, "Failed to open: " + dropped + reason);
     EXPECT_TRUE(w.datasets().empty());
     EXPECT_EQ(w.findChild<QListWidget*>("datasetList")->count(), 0);
+}
+
+namespace {
+
+// A stand-in for the probe program that never ends, as the library does on some damaged files.
+QString writeHangingProbe(const QTemporaryDir& folder)
+{
+    const QString path = folder.filePath("hanging-probe.sh");
+    QFile file(path);
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("#!/bin/sh\nexec sleep 60\n");
+    file.close();
+    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return path;
+}
+
+} // namespace
+
+// While a file is checked the window answers: the status says so, other paths wait their turn, and
+// a check that hangs ends at the time limit with its reason.
+TEST_F(MainWindowOpening, AHangingCheckNeitherFreezesTheWindowNorStopsTheQueue)
+{
+    MainWindow& w = makeWindow();
+    const QString hanging = writeDataset("hanging.vqd", "Hanging");
+    const QString next = writeDataset("next.vqd", "Next");
+    FileProbe::setProgram(writeHangingProbe(folder));
+    FileProbe::setTimeLimit(1500);
+    w.openDataset(hanging);
+    w.openDataset(next);
+    EXPECT_TRUE(w.isCheckingFile());
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Checking: hanging.vqd...");
+    EXPECT_TRUE(w.datasets().empty());
+
+    // Events are delivered meanwhile: a timer fires while the check still runs.
+    bool fired = false;
+    QTimer::singleShot(10, [&fired] { fired = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return fired || !w.isCheckingFile(); }, 5000));
+    EXPECT_TRUE(fired);
+    EXPECT_TRUE(w.isCheckingFile());
+
+    // Both meet the hanging probe, one after the other.
+    ASSERT_TRUE(waitUntilIdle());
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    FileProbe::setTimeLimit(15000);
+    const QString reason
+        = QStringLiteral("\nRefused by the file check: reading its structure took longer than 2 s.");
+    ASSERT_EQ(messages.size(), 2u);
+    EXPECT_EQ(messages[0].text, "Failed to open: " + hanging + reason);
+    EXPECT_EQ(messages[1].text, "Failed to open: " + next + reason);
+    EXPECT_TRUE(w.datasets().empty());
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "No file loaded.");
+}
+
+// A check that takes long shows a window with a Cancel button; cancelling refuses nothing with a
+// box, and the next file in line goes ahead.
+TEST_F(MainWindowOpening, ALongCheckCanBeCancelled)
+{
+    MainWindow& w = makeWindow();
+    const QString hanging = writeDataset("hanging.vqd", "Hanging");
+    const QString next = writeDataset("next.vqd", "Next");
+    FileProbe::setProgram(writeHangingProbe(folder));
+    w.openDataset(hanging);
+    w.openDataset(next);
+    QProgressDialog* progress = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            progress = w.findChild<QProgressDialog*>();
+            return progress && progress->isVisible();
+        },
+        10000));
+    EXPECT_EQ(progress->windowTitle(), "Checking File");
+    EXPECT_EQ(progress->labelText(), "Checking hanging.vqd before opening it...");
+    EXPECT_FALSE(progress->isModal());
+
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    auto* cancel = progress->findChild<QPushButton*>();
+    ASSERT_NE(cancel, nullptr);
+    QTest::mouseClick(cancel, Qt::LeftButton);
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(datasetPaths(), std::vector<std::string> { next.toStdString() });
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text().left(14), "Loaded: Next (");
+}
+
+// A tiny file may declare a column of billions of events that it doesn't store. The column is
+// refused before anything is allocated, the rest of the file opens, and asking for the column
+// names it and the limit in the box, while the log has the reader's line once.
+TEST_F(MainWindowOpening, AHugeDeclaredColumnIsRefusedAndNamed)
+{
+    MessageCapture log;
+    MainWindow& w = makeWindow();
+    const QString path = folder.filePath("huge.vqd");
+    Testing::FixtureWriter(path.toStdString())
+        .column<double>("area_um", { 50, 60 })
+        .unwrittenDataset(
+            "events/bright_avg", H5::PredType::NATIVE_UINT8, { hsize_t { 1 } << 36 }, { 1 << 20 })
+        .column<double>("deform", { 0.01, 0.02 })
+        .stringAttribute("setup:module composition", "Vortiq")
+        .close();
+    w.openDataset(path);
+    ASSERT_TRUE(waitUntilIdle());
+    ASSERT_EQ(w.datasets().size(), 1u);
+    EXPECT_TRUE(messages.empty());
+    EXPECT_EQ(w.datasets()[0]->reader->eventCount(), 2u);
+
+    auto* xCombo = w.findChild<QComboBox*>("xFeatureCombo");
+    const int huge = xCombo->findData(QStringLiteral("bright_avg"));
+    ASSERT_GE(huge, 0);
+    xCombo->setCurrentIndex(huge);
+    ASSERT_EQ(messages.size(), 1u);
+    const QStringList lines = messages[0].text.split('\n');
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_EQ(lines[0], "Failed to read feature data.");
+    EXPECT_EQ(lines[1], QString::fromStdString(w.datasets()[0]->reader->featureLabel("bright_avg")));
+    EXPECT_TRUE(lines[2].startsWith("68719476736 values would need ")) << lines[2].toStdString();
+    EXPECT_TRUE(lines[2].endsWith(" bytes of memory available now")) << lines[2].toStdString();
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text().left(8), "Loaded: ");
+
+    // Another refresh shows the box again but adds nothing to the log.
+    w.refreshFeaturesAndPlot();
+    EXPECT_EQ(messages.size(), 2u);
+    int logged = 0;
+    for (const MessageCapture::Message& message : log.messages())
+        logged += message.text.startsWith("Error reading feature 'bright_avg': ") ? 1 : 0;
+    EXPECT_EQ(logged, 1);
 }

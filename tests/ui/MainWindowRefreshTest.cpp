@@ -219,9 +219,13 @@ TEST_F(MainWindowRefresh, ADatasetWithoutEventsShowsAnEmptyPlot)
     auto* spin = w.findChild<QSpinBox*>("eventSpinBox");
     EXPECT_FALSE(spin->isEnabled());
     EXPECT_EQ(spin->value(), 0);
-    // Empty columns read as missing data.
+    // Empty columns read as missing data; the box names them, and the status tells of the dataset.
     ASSERT_FALSE(messages.empty());
-    EXPECT_EQ(messages.back().text, "Failed to read feature data.");
+    const VQDReader& reader = *w.datasets()[0]->reader;
+    EXPECT_EQ(messages.back().text,
+        "Failed to read feature data.\n" + QString::fromStdString(reader.featureLabel("area_um")) + "\n"
+            + QString::fromStdString(reader.featureLabel("deform")));
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text().left(8), "Loaded: ");
     EXPECT_TRUE(plot()->xValues().empty());
 }
 
