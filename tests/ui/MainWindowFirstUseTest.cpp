@@ -1,4 +1,5 @@
 #include "MainWindowFixture.h"
+#include "io/Hdf5Mutex.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "ui/FilterDockWidget.h"
@@ -82,12 +83,16 @@ TEST_F(MainWindowFirstUse, AnEmptyPlotHasNoOldAxes)
     ASSERT_TRUE(waitUntilIdle());
     ASSERT_FALSE(plot->axisTitle(QwtPlot::xBottom).text().isEmpty());
 
-    // The second file is still loading when it becomes the active one.
+    // The second file is still loading when it becomes the active one: the reader lock, held here
+    // on the interface thread, keeps its preload from ending.
+    std::unique_lock<std::recursive_mutex> holdPreload(hdf5Mutex());
     w.openDataset(writeDataset("two.vqd", "Two", 200));
+    QTRY_VERIFY_WITH_TIMEOUT(w.datasets().size() == 2, 20000);
     ASSERT_TRUE(w.isPreloadRunning());
     EXPECT_TRUE(plot->axisTitle(QwtPlot::xBottom).text().isEmpty());
     EXPECT_TRUE(plot->axisTitle(QwtPlot::yLeft).text().isEmpty());
     EXPECT_TRUE(plot->xValues().empty());
+    holdPreload.unlock();
     ASSERT_TRUE(waitUntilIdle());
     EXPECT_FALSE(plot->axisTitle(QwtPlot::xBottom).text().isEmpty());
 
