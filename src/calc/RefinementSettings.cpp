@@ -1,5 +1,7 @@
 #include "calc/RefinementSettings.h"
 
+#include "core/MetadataNumber.h"
+
 #include <algorithm>
 #include <charconv>
 #include <optional>
@@ -8,30 +10,9 @@ namespace Tessaly {
 
 namespace {
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
 bool isDigit(char c)
 {
     return c >= '0' && c <= '9';
-}
-
-// The whole text, blanks around it aside, as a number.
-std::optional<double> parseNumber(const std::string& text)
-{
-    const char* first = text.data();
-    const char* last = text.data() + text.size();
-    while (first != last && isBlank(*first))
-        ++first;
-    while (last != first && isBlank(*(last - 1)))
-        --last;
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(first, last, value);
-    if (first == last || error != std::errc() || end != last)
-        return std::nullopt;
-    return value;
 }
 
 // `text` as a channel number when it is all digits and fits an int.
@@ -71,10 +52,10 @@ FluorescenceSampling readFluorescenceSampling(const std::map<std::string, std::s
     double rate = 0.0;
     for (const auto& [key, value] : fluorescence) {
         if (key == "sample rate" || key == "sample_rate") {
-            if (const auto number = parseNumber(value))
+            if (const auto number = parseMetadataNumber(value))
                 rate = *number;
         } else if (const auto channel = offsetChannel(key)) {
-            if (const auto number = parseNumber(value))
+            if (const auto number = parseMetadataNumber(value))
                 sampling.offsets[*channel] = *number;
         }
     }
@@ -90,7 +71,7 @@ double readPixelSize(const std::map<std::string, std::string>& imaging)
         const auto found = imaging.find(key);
         if (found == imaging.end())
             continue;
-        if (const auto size = parseNumber(found->second))
+        if (const auto size = parseMetadataNumber(found->second))
             return *size;
     }
     return 0.0;

@@ -1,5 +1,7 @@
 #include "core/FluorescenceChannels.h"
 
+#include "core/MetadataNumber.h"
+
 #include <algorithm>
 #include <charconv>
 #include <climits>
@@ -23,11 +25,6 @@ bool isDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-bool isBlank(char c)
-{
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-}
-
 // The channel number in `key` when the key is exactly `prefix`, one or more digits and `suffix`.
 std::optional<int> keyChannel(const std::string& key, const std::string& prefix, const std::string& suffix)
 {
@@ -43,23 +40,6 @@ std::optional<int> keyChannel(const std::string& key, const std::string& prefix,
     if (error != std::errc() || end != last)
         return std::nullopt;
     return channel;
-}
-
-// A metadata value as a number, independent of the process locale; blanks around it are allowed,
-// anything else is not.
-std::optional<double> parseNumber(const std::string& text)
-{
-    const char* first = text.data();
-    const char* last = text.data() + text.size();
-    while (first != last && isBlank(*first))
-        ++first;
-    while (last != first && isBlank(*(last - 1)))
-        --last;
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(first, last, value);
-    if (first == last || error != std::errc() || end != last)
-        return std::nullopt;
-    return value;
 }
 
 } // namespace
@@ -147,16 +127,16 @@ FluorescenceChannelSettings readFluorescenceChannelSettings(
         } else if (const auto n = keyChannel(key, "channel_", "_name")) {
             settings.channelNames.emplace(*n, value);
         } else if (const auto n = keyChannel(key, "baseline ", " offset")) {
-            if (const auto offset = parseNumber(value))
+            if (const auto offset = parseMetadataNumber(value))
                 settings.offsets[*n] = *offset;
         } else if (const auto n = keyChannel(key, "baseline_", "_offset")) {
-            if (const auto offset = parseNumber(value))
+            if (const auto offset = parseMetadataNumber(value))
                 settings.offsets.emplace(*n, *offset);
         } else if (key == "sample rate") {
-            settings.sampleRate = parseNumber(value).value_or(0.0);
+            settings.sampleRate = parseMetadataNumber(value).value_or(0.0);
             blankSampleRate = true;
         } else if (key == "sample_rate" && !blankSampleRate) {
-            settings.sampleRate = parseNumber(value).value_or(0.0);
+            settings.sampleRate = parseMetadataNumber(value).value_or(0.0);
         }
     }
     return settings;
