@@ -9,6 +9,7 @@
 #include <cstring>
 #include <ctime>
 #include <deque>
+#include <exception>
 #include <future>
 #include <iostream>
 #include <thread>
@@ -250,38 +251,45 @@ bool writeTsv(const std::string& path, VQDReader& reader, const VQDMetadata& met
     const std::size_t blockRows = std::clamp<std::size_t>(blockBytes / rowBytes, 64, rowsPerBlock);
     const std::size_t workers = std::max(1u, std::min(std::thread::hardware_concurrency(), 8u));
 
-    // As many blocks are being formatted as there are cores; each finished block's buffer serves a
-    // later one, so the memory stays at workers + 1 blocks however long the table.
-    std::deque<std::future<Block>> pending;
-    std::vector<std::vector<char>> spare;
-    std::size_t next = 0;
-    const auto launch = [&] {
-        const std::size_t first = next;
-        const std::size_t last = std::min(rows, first + blockRows);
-        next = last;
-        std::vector<char> text;
-        if (!spare.empty()) {
-            text = std::move(spare.back());
-            spare.pop_back();
-        }
-        pending.push_back(std::async(
-            std::launch::async, [&columns, &table, first, last, rowBytes, text = std::move(text)]() mutable {
-                text.resize(std::max(text.size(), (last - first) * rowBytes + cellSlack));
-                const std::size_t length = formatRows(columns, table.events, first, last, text.data());
-                return Block { std::move(text), length };
-            }));
-    };
-    while (next < rows && pending.size() < workers)
-        launch();
-    while (!pending.empty()) {
-        Block block = pending.front().get();
-        pending.pop_front();
-        // After a failed write the blocks under way are only awaited.
-        if (ok && next < rows)
+    // A thread or a buffer that can't be had fails the export like a full disk, without leaving the
+    // file open; blocks under way are awaited when their futures go.
+    try {
+        // As many blocks are being formatted as there are cores; each finished block's buffer serves a
+        // later one, so the memory stays at workers + 1 blocks however long the table.
+        std::deque<std::future<Block>> pending;
+        std::vector<std::vector<char>> spare;
+        std::size_t next = 0;
+        const auto launch = [&] {
+            const std::size_t first = next;
+            const std::size_t last = std::min(rows, first + blockRows);
+            next = last;
+            std::vector<char> text;
+            if (!spare.empty()) {
+                text = std::move(spare.back());
+                spare.pop_back();
+            }
+            pending.push_back(std::async(std::launch::async,
+                [&columns, &table, first, last, rowBytes, text = std::move(text)]() mutable {
+                    text.resize(std::max(text.size(), (last - first) * rowBytes + cellSlack));
+                    const std::size_t length = formatRows(columns, table.events, first, last, text.data());
+                    return Block { std::move(text), length };
+                }));
+        };
+        while (ok && next < rows && pending.size() < workers)
             launch();
-        if (ok)
-            ok = std::fwrite(block.text.data(), 1, block.length, file) == block.length;
-        spare.push_back(std::move(block.text));
+        while (!pending.empty()) {
+            Block block = pending.front().get();
+            pending.pop_front();
+            // After a failed write the blocks under way are only awaited.
+            if (ok && next < rows)
+                launch();
+            if (ok)
+                ok = std::fwrite(block.text.data(), 1, block.length, file) == block.length;
+            spare.push_back(std::move(block.text));
+        }
+    } catch (const std::exception& error) {
+        std::cerr << ("Error formatting file '" + path + "': " + error.what() + '\n') << std::flush;
+        ok = false;
     }
     ok = std::fflush(file) == 0 && ok;
     ok = std::fclose(file) == 0 && ok;
