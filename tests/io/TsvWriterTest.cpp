@@ -4,6 +4,7 @@
 #include "io/VQDReader.h"
 
 #include <QFile>
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -185,4 +186,67 @@ TEST_F(TsvWriterTest, AnUnwritablePathFails)
     TsvExport table;
     EXPECT_FALSE(writeTsv(pathFor("missing-folder/table.tsv"), reader, {}, table));
     EXPECT_FALSE(writeTsv("/dev/full", reader, {}, table));
+}
+
+TEST_F(TsvWriterTest, WideTablesOfEveryKindOfValueMatchTheCLibraryAcrossBlocks)
+{
+    // Enough columns that a block holds fewer rows, and enough rows for several blocks; the values
+    // mix every way a cell is written (whole, fixed, exponent, signs, zero, inf, nan) with the longest
+    // cells next to the shortest, so a cell that writes past its own text or a block that loses its
+    // end shows.
+    const std::string source = pathFor("source.vqd");
+    FixtureWriter(source).column<double>("index", std::vector<double>(30000, 0.0)).close();
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(source));
+    std::mt19937_64 generator(3);
+    std::uniform_real_distribution<double> decades(-8.0, 20.0);
+    const double specials[] = { 0.0, -0.0, 5e-324, -4.9406564584124654e-324, 1e-4, 0.1, 99999999999999.98,
+        1e15, -1.7976931348623157e308, std::numeric_limits<double>::infinity(),
+        std::numeric_limits<double>::quiet_NaN() };
+    TsvExport table;
+    for (int c = 0; c < 70; ++c) {
+        std::vector<double> values(c == 69 ? 20000 : 30000); // the last column ends early
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const double magnitude = std::pow(10.0, decades(generator));
+            const double value = (i + c) % 7 == 0 ? specials[(i * 31 + c) % std::size(specials)]
+                : (i + c) % 5 == 0                ? std::round(magnitude)
+                : (i + c) % 3 == 0                ? static_cast<double>(static_cast<float>(magnitude))
+                                                  : magnitude;
+            values[i] = i % 2 == 0 ? value : -value;
+        }
+        const std::string name = "column_" + std::to_string(c);
+        reader.setFeature(name, std::move(values));
+        table.features.push_back(name);
+    }
+    for (std::int32_t i = 0; i < 30000; i += 2)
+        table.events.push_back(i);
+    for (std::int32_t i = 29999; i > 0; i -= 2)
+        table.events.push_back(i);
+    const std::string path = pathFor("table.tsv");
+    ASSERT_TRUE(writeTsv(path, reader, reader.readMetadata(), table));
+
+    std::string expected;
+    char cell[64];
+    for (std::int32_t event : table.events) {
+        for (std::size_t c = 0; c < table.features.size(); ++c) {
+            if (c > 0)
+                expected += '\t';
+            const std::vector<double>& column = reader.getFeature(table.features[c]);
+            if (static_cast<std::size_t>(event) < column.size())
+                expected.append(cell, std::snprintf(cell, sizeof cell, "%.17g", column[event]));
+        }
+        expected += '\n';
+    }
+    const std::string text = readText(path);
+    const std::size_t labels = text.find("#\n") + 2;
+    const std::size_t body = text.find('\n', labels) + 1;
+    ASSERT_EQ(text.size() - body, expected.size());
+    // The first differing line, rather than megabytes of text.
+    const auto [differs, _] = std::mismatch(expected.begin(), expected.end(), text.begin() + body);
+    if (differs != expected.end()) {
+        const std::size_t at = static_cast<std::size_t>(differs - expected.begin());
+        const std::size_t line = expected.rfind('\n', at) + 1;
+        ADD_FAILURE() << "line " << std::count(expected.begin(), expected.begin() + at, '\n') << ": "
+                      << expected.substr(line, expected.find('\n', at) - line);
+    }
 }
