@@ -91,6 +91,115 @@ private:
     std::vector<float> m_values;
 };
 
+// Largest magnitude for which the window of plain numbers below is used: differences of two such
+// samples stay finite, so they always order below the infinite sentinels at the window's ends.
+constexpr float plainLimit = 1e37f;
+
+// True when every sample is a number of at most plainLimit in magnitude (no NaN, no infinity).
+bool isPlain(const std::vector<float>& trace)
+{
+    bool plain = true;
+    for (const float value : trace)
+        plain &= std::fabs(value) <= plainLimit;
+    return plain;
+}
+
+// The same sliding sorted window for traces of plain numbers only, which is where almost all the time
+// goes: one fixed buffer, an infinite sentinel at each end so that the shifts and the deviation walk
+// need no bound checks, and a slide that moves the leaving sample's slot to where the entering sample
+// belongs in one pass instead of an erase and an insert.
+class PlainWindow
+{
+public:
+    PlainWindow(const std::vector<float>& trace, std::size_t halfWindow)
+        : m_trace(trace)
+        , m_halfWindow(halfWindow)
+        , m_buffer(std::min(2 * halfWindow + 1, trace.size()) + 2)
+        , m_values(m_buffer.data() + 1)
+    {
+        m_buffer.front() = -std::numeric_limits<float>::infinity();
+        m_values[0] = std::numeric_limits<float>::infinity();
+        const std::size_t last = std::min(halfWindow, trace.size() - 1);
+        for (std::size_t j = 0; j <= last; ++j)
+            insert(trace[j]);
+    }
+
+    void moveTo(std::size_t i)
+    {
+        const bool entering = i + m_halfWindow < m_trace.size();
+        const bool leaving = i > m_halfWindow;
+        if (entering && leaving)
+            replace(m_trace[i - m_halfWindow - 1], m_trace[i + m_halfWindow]);
+        else if (entering)
+            insert(m_trace[i + m_halfWindow]);
+        else if (leaving)
+            erase(m_trace[i - m_halfWindow - 1]);
+    }
+
+    float middle() const { return m_values[m_size / 2]; }
+
+    // Element h = w / 2 of the sorted deviations from the middle sample. The h + 1 samples nearest the
+    // centre are h + 1 neighbours in the sorted window, and the largest deviation in a run of h + 1
+    // neighbours lies at one of its ends; no run has a smaller largest deviation than the nearest one.
+    // So the element is the smallest, over the runs that hold the centre, of the deviation at the
+    // farther end. The runs are independent, which keeps the loop free of a dependency chain. (A zero
+    // may come out as -0 where the sorted deviations hold +0; the filters only ask whether it is > 0.)
+    float middleDeviation() const
+    {
+        const std::size_t half = m_size / 2;
+        const float centre = m_values[half];
+        const std::size_t lastStart = std::min(half, m_size - 1 - half);
+        float deviation = std::numeric_limits<float>::infinity();
+        for (std::size_t start = 0; start <= lastStart; ++start)
+            deviation
+                = std::min(deviation, std::max(centre - m_values[start], m_values[start + half] - centre));
+        return deviation;
+    }
+
+private:
+    void insert(float value)
+    {
+        std::size_t slot = m_size;
+        for (; m_values[slot - 1] > value; --slot)
+            m_values[slot] = m_values[slot - 1];
+        m_values[slot] = value;
+        ++m_size;
+        m_values[m_size] = std::numeric_limits<float>::infinity();
+    }
+    // Equal samples keep their order as in the general window: a new one goes after those equal to it,
+    // the first equal one leaves. That matters only for +0 and -0, which are equal but print apart.
+    // The value is in the window; the sentinel after the last sample shifts down with the rest.
+    void erase(float value)
+    {
+        std::size_t slot = find(value);
+        for (; slot < m_size; ++slot)
+            m_values[slot] = m_values[slot + 1];
+        --m_size;
+    }
+    void replace(float leaving, float entering)
+    {
+        std::size_t slot = find(leaving);
+        for (; m_values[slot + 1] <= entering; ++slot)
+            m_values[slot] = m_values[slot + 1];
+        for (; m_values[slot - 1] > entering; --slot)
+            m_values[slot] = m_values[slot - 1];
+        m_values[slot] = entering;
+    }
+    std::size_t find(float value) const
+    {
+        std::size_t slot = 0;
+        while (m_values[slot] != value)
+            ++slot;
+        return slot;
+    }
+
+    const std::vector<float>& m_trace;
+    const std::size_t m_halfWindow;
+    std::vector<float> m_buffer;
+    float* const m_values; // m_values[-1] and m_values[m_size] are the sentinels
+    std::size_t m_size = 0;
+};
+
 } // namespace
 
 std::vector<float> hampelFilter(const std::vector<float>& trace, int halfWindow, float threshold)
@@ -99,6 +208,18 @@ std::vector<float> hampelFilter(const std::vector<float>& trace, int halfWindow,
     // A window of one sample is its own median and never an outlier.
     if (trace.empty() || halfWindow < 1)
         return output;
+    if (isPlain(trace)) {
+        PlainWindow window(trace, static_cast<std::size_t>(halfWindow));
+        for (std::size_t i = 0; i < trace.size(); ++i) {
+            if (i > 0)
+                window.moveTo(i);
+            const float m = window.middle();
+            const float s = robustDeviationFactor * window.middleDeviation();
+            if (s > 0.0f && std::fabs(trace[i] - m) > s * threshold)
+                output[i] = m;
+        }
+        return output;
+    }
     SortedWindow window(trace, static_cast<std::size_t>(halfWindow));
     for (std::size_t i = 0; i < trace.size(); ++i) {
         if (i > 0)
@@ -116,6 +237,15 @@ std::vector<float> slidingMedian(const std::vector<float>& trace, int halfWindow
     if (trace.empty() || halfWindow < 1)
         return trace;
     std::vector<float> output(trace.size());
+    if (isPlain(trace)) {
+        PlainWindow window(trace, static_cast<std::size_t>(halfWindow));
+        for (std::size_t i = 0; i < trace.size(); ++i) {
+            if (i > 0)
+                window.moveTo(i);
+            output[i] = window.middle();
+        }
+        return output;
+    }
     SortedWindow window(trace, static_cast<std::size_t>(halfWindow));
     for (std::size_t i = 0; i < trace.size(); ++i) {
         if (i > 0)
