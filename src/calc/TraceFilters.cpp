@@ -176,14 +176,24 @@ private:
             m_values[slot] = m_values[slot + 1];
         --m_size;
     }
+    // Both slots are found by counting over the whole window, which has no early exit for the branch
+    // predictor to miss: the first sample equal to the leaving one, and the slot after every sample
+    // not above the entering one once the leaving one is out.
     void replace(float leaving, float entering)
     {
-        std::size_t slot = find(leaving);
-        for (; m_values[slot + 1] <= entering; ++slot)
-            m_values[slot] = m_values[slot + 1];
-        for (; m_values[slot - 1] > entering; --slot)
-            m_values[slot] = m_values[slot - 1];
-        m_values[slot] = entering;
+        std::size_t from = 0;
+        std::size_t to = 0;
+        for (std::size_t j = 0; j < m_size; ++j) {
+            from += m_values[j] < leaving;
+            to += m_values[j] <= entering;
+        }
+        if (leaving <= entering) {
+            --to;
+            std::copy(m_values + from + 1, m_values + to + 1, m_values + from);
+        } else {
+            std::copy_backward(m_values + to, m_values + from, m_values + from + 1);
+        }
+        m_values[to] = entering;
     }
     std::size_t find(float value) const
     {
