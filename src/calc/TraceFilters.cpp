@@ -119,11 +119,11 @@ public:
     PlainWindow(const std::vector<float>& trace, std::size_t halfWindow)
         : m_trace(trace)
         , m_halfWindow(halfWindow)
-        , m_buffer(std::min(2 * halfWindow + 1, trace.size()) + 2)
+        , m_buffer(std::min(2 * halfWindow + 1, trace.size()) + 2 + padding,
+              std::numeric_limits<float>::infinity())
         , m_values(m_buffer.data() + 1)
     {
         m_buffer.front() = -std::numeric_limits<float>::infinity();
-        m_values[0] = std::numeric_limits<float>::infinity();
         const std::size_t last = std::min(halfWindow, trace.size() - 1);
         for (std::size_t j = 0; j <= last; ++j)
             insert(trace[j]);
@@ -202,10 +202,29 @@ private:
     // not above the entering one once the leaving one is out.
     void replace(float leaving, float entering)
     {
-        // 32-bit counts of 32-bit floats let the compiler count several samples per instruction.
         std::uint32_t below = 0;
         std::uint32_t notAbove = 0;
-        for (std::size_t j = 0; j < m_size; ++j) {
+        std::size_t j = 0;
+#ifdef __SSE2__
+        // Four samples per comparison; a true lane is all ones, -1 as an integer, so subtracting the
+        // masks counts them. The last group may run into the padding after the window, which is
+        // infinite and so neither below nor at a number.
+        const __m128 leavings = _mm_set1_ps(leaving);
+        const __m128 enterings = _mm_set1_ps(entering);
+        __m128i below4 = _mm_setzero_si128();
+        __m128i notAbove4 = _mm_setzero_si128();
+        for (; j < m_size; j += 4) {
+            const __m128 values = _mm_loadu_ps(m_values + j);
+            below4 = _mm_sub_epi32(below4, _mm_castps_si128(_mm_cmplt_ps(values, leavings)));
+            notAbove4 = _mm_sub_epi32(notAbove4, _mm_castps_si128(_mm_cmple_ps(values, enterings)));
+        }
+        alignas(16) std::uint32_t lanes[4];
+        _mm_store_si128(reinterpret_cast<__m128i*>(lanes), below4);
+        below = lanes[0] + lanes[1] + lanes[2] + lanes[3];
+        _mm_store_si128(reinterpret_cast<__m128i*>(lanes), notAbove4);
+        notAbove = lanes[0] + lanes[1] + lanes[2] + lanes[3];
+#endif
+        for (; j < m_size; ++j) {
             below += m_values[j] < leaving ? 1u : 0u;
             notAbove += m_values[j] <= entering ? 1u : 0u;
         }
@@ -229,6 +248,9 @@ private:
             ++slot;
         return slot;
     }
+
+    // Infinite slots after the end sentinel, so that groups of four samples never read past the buffer.
+    static constexpr std::size_t padding = 3;
 
     const std::vector<float>& m_trace;
     const std::size_t m_halfWindow;
