@@ -55,6 +55,30 @@ std::vector<float> referenceMedian(const std::vector<float>& trace, int halfWind
     return output;
 }
 
+// One sample at a time, products added for j = -m..m; the weights as the filter defines them.
+std::vector<float> referenceSavitzkyGolay(const std::vector<float>& trace, int m)
+{
+    const auto n = static_cast<int>(trace.size());
+    if (m < 1 || n < 2 * m + 1)
+        return trace;
+    float total = 0.0f;
+    std::vector<float> weights;
+    for (int j = -m; j <= m; ++j) {
+        weights.push_back(static_cast<float>(3 * m * (m + 1) - 1 - 5 * j * j));
+        total += weights.back();
+    }
+    for (float& weight : weights)
+        weight /= total;
+    std::vector<float> output = trace;
+    for (int i = m; i + m < n; ++i) {
+        float sum = 0.0f;
+        for (int j = -m; j <= m; ++j)
+            sum += weights[static_cast<std::size_t>(j + m)] * trace[static_cast<std::size_t>(i + j)];
+        output[static_cast<std::size_t>(i)] = sum;
+    }
+    return output;
+}
+
 std::uint32_t bitsOf(float value)
 {
     std::uint32_t bits = 0;
@@ -165,4 +189,20 @@ TEST(TraceFilters, InfiniteAndHugeSamplesAreFilteredLikeAnyOther)
             EXPECT_TRUE(sameBits(referenceMedian(trace, halfWindow), slidingMedian(trace, halfWindow)));
         }
     }
+}
+
+TEST(TraceFilters, SavitzkyGolayMatchesOneSampleAtATime)
+{
+    // Lengths around multiples of four past one window, so that every way the interior divides into
+    // groups of neighbours, and the samples left over, is met.
+    std::mt19937 rng(7);
+    for (const int m : { 1, 2, 3, 5, 8 }) {
+        for (std::size_t length = 1; length <= 40; ++length) {
+            const std::vector<float> trace = drawTrace({ "noisy peak", noisyPeak, false }, rng, length);
+            SCOPED_TRACE("m " + std::to_string(m) + ", length " + std::to_string(length));
+            ASSERT_TRUE(sameBits(referenceSavitzkyGolay(trace, m), savitzkyGolay(trace, m)));
+        }
+    }
+    const std::vector<float> full = drawTrace({ "noisy peak", noisyPeak, true }, rng, 177);
+    EXPECT_TRUE(sameBits(referenceSavitzkyGolay(full, 3), savitzkyGolay(full, 3)));
 }
