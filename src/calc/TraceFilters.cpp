@@ -110,8 +110,8 @@ bool isPlain(const std::vector<float>& trace)
 }
 
 // The same sliding sorted window for traces of plain numbers only, which is where almost all the time
-// goes: one fixed buffer, an infinite sentinel at each end so that the shifts and the deviation walk
-// need no bound checks, and a slide that moves the leaving sample's slot to where the entering sample
+// goes: one fixed buffer, an infinite sentinel at each end so that the shifts need no bound checks,
+// and a slide that moves the leaving sample's slot to where the entering sample
 // belongs in one pass instead of an erase and an insert.
 class PlainWindow
 {
@@ -233,11 +233,11 @@ private:
         // A slide moves a few samples at most: plain loops, no library call.
         if (leaving <= entering) {
             --to;
-            for (std::size_t j = from; j < to; ++j)
-                m_values[j] = m_values[j + 1];
+            for (std::size_t slot = from; slot < to; ++slot)
+                m_values[slot] = m_values[slot + 1];
         } else {
-            for (std::size_t j = from; j > to; --j)
-                m_values[j] = m_values[j - 1];
+            for (std::size_t slot = from; slot > to; --slot)
+                m_values[slot] = m_values[slot - 1];
         }
         m_values[to] = entering;
     }
