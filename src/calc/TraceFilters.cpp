@@ -180,9 +180,10 @@ public:
 private:
     void insert(float value)
     {
+        // m_buffer[slot] is the sample before m_values[slot], the -infinity sentinel for slot 0.
         std::size_t slot = m_size;
-        for (; m_values[slot - 1] > value; --slot)
-            m_values[slot] = m_values[slot - 1];
+        for (; m_buffer[slot] > value; --slot)
+            m_values[slot] = m_buffer[slot];
         m_values[slot] = value;
         ++m_size;
         m_values[m_size] = std::numeric_limits<float>::infinity();
