@@ -6,6 +6,7 @@
 #include "plot/ScatterPlot.h"
 #include "ui/DatasetListWidget.h"
 
+#include <QAbstractItemModel>
 #include <QAction>
 #include <QActionGroup>
 #include <QCloseEvent>
@@ -43,6 +44,10 @@ MainWindow::MainWindow(QWidget* parent)
 
 MainWindow::~MainWindow()
 {
+    // The dataset list empties itself while the child widgets are deleted, after this object has
+    // stopped being a MainWindow: its change signals must no longer reach the start panel.
+    if (datasetListWidget)
+        datasetListWidget->model()->disconnect(this);
     waitForCalculation();
     // The reader of a dataset whose preload still runs stays alive with the task's own reference.
     for (DatasetEntry* entry : datasetList)
