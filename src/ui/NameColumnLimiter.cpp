@@ -9,9 +9,10 @@ namespace Tessaly {
 NameColumnLimiter::NameColumnLimiter(QAbstractItemView* itemView, double widthShare)
     : QObject(itemView)
     , view(itemView)
+    , viewport(itemView->viewport())
     , share(widthShare)
 {
-    view->viewport()->installEventFilter(this);
+    viewport->installEventFilter(this);
 }
 
 void NameColumnLimiter::fit()
@@ -30,7 +31,9 @@ void NameColumnLimiter::fit()
 
 bool NameColumnLimiter::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == view->viewport() && event->type() == QEvent::Resize)
+    // Only the stored pointer is compared: while the view is being destroyed it is no longer a view,
+    // and the viewport still sends events on its way out.
+    if (event->type() == QEvent::Resize && watched == viewport)
         fit();
     return QObject::eventFilter(watched, event);
 }

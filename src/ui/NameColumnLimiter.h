@@ -3,6 +3,7 @@
 #include <QObject>
 
 class QAbstractItemView;
+class QWidget;
 
 namespace Tessaly {
 
@@ -24,6 +25,7 @@ protected:
 
 private:
     QAbstractItemView* view;
+    QWidget* viewport;
     double share;
 };
 
