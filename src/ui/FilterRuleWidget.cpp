@@ -61,11 +61,6 @@ FilterRuleWidget::FilterRuleWidget(VQDReader* reader, bool readColumns, QWidget*
         }
     }
     invertBox->setToolTip(FilterDockTexts::invertToolTip);
-    auto* removeButton = new QToolButton(this);
-    removeButton->setText(FilterDockTexts::removeButton);
-    removeButton->setToolTip(FilterDockTexts::removeRuleToolTip);
-    removeButton->setFixedWidth(20);
-    removeButton->setAutoRaise(true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
@@ -74,7 +69,7 @@ FilterRuleWidget::FilterRuleWidget(VQDReader* reader, bool readColumns, QWidget*
     top->addWidget(enableBox);
     top->addWidget(featureCombo, 1);
     top->addWidget(invertBox);
-    top->addWidget(removeButton);
+    top->addWidget(removeRowButton());
     auto* bounds = new QHBoxLayout;
     bounds->addWidget(minSpin, 1);
     bounds->addWidget(new QLabel(QStringLiteral("–"), this));
@@ -97,7 +92,6 @@ FilterRuleWidget::FilterRuleWidget(VQDReader* reader, bool readColumns, QWidget*
         emit ruleChanged();
     });
     connect(invertBox, &QCheckBox::toggled, this, &FilterRuleWidget::ruleChanged);
-    connect(removeButton, &QToolButton::clicked, this, &FilterRuleWidget::removeRequested);
 }
 
 void FilterRuleWidget::setRule(const FilterRule& rule)

@@ -300,6 +300,7 @@ private Q_SLOTS:
     void updateContours();
     void updateIsoelastics();
     void updateStartPanel();
+    void setInPeerFilters(const std::function<void(EventFilter&)>& change);
     void onCalcFinished();
 
 private:

@@ -219,20 +219,21 @@ void MainWindow::onDeleteRuleFromAll(int ruleIndex)
 
 void MainWindow::onEnabledChangedForAll(bool enabled)
 {
-    const DatasetEntry* active = activeEntry();
-    for (DatasetEntry* peer : datasetList) {
-        if (peer != active)
-            peer->filter.setEnabled(enabled);
-    }
-    onFilterChanged();
+    setInPeerFilters([enabled](EventFilter& filter) { filter.setEnabled(enabled); });
 }
 
 void MainWindow::onCombineModeChangedForAll(int mode)
 {
+    setInPeerFilters([mode](EventFilter& filter) { filter.setCombineMode(mode); });
+}
+
+// The active dataset's dock has changed its own filter already; the others follow.
+void MainWindow::setInPeerFilters(const std::function<void(EventFilter&)>& change)
+{
     const DatasetEntry* active = activeEntry();
     for (DatasetEntry* peer : datasetList) {
         if (peer != active)
-            peer->filter.setCombineMode(mode);
+            change(peer->filter);
     }
     onFilterChanged();
 }

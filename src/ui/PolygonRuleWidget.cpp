@@ -33,11 +33,6 @@ PolygonRuleWidget::PolygonRuleWidget(VQDReader* reader, QWidget* parent)
     editButton->setCheckable(true);
     editButton->setToolTip(FilterDockTexts::editPolygonToolTip);
     editButton->setStyleSheet(FilterDockTexts::normalButtonSheet);
-    auto* removeButton = new QToolButton(this);
-    removeButton->setText(FilterDockTexts::removeButton);
-    removeButton->setToolTip(FilterDockTexts::removeRuleToolTip);
-    removeButton->setFixedWidth(20);
-    removeButton->setAutoRaise(true);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(2, 2, 2, 2);
@@ -45,7 +40,7 @@ PolygonRuleWidget::PolygonRuleWidget(VQDReader* reader, QWidget* parent)
     auto* top = new QHBoxLayout;
     top->addWidget(enableBox);
     top->addWidget(titleLabel, 1);
-    top->addWidget(removeButton);
+    top->addWidget(removeRowButton());
     auto* middle = new QHBoxLayout;
     middle->addWidget(preview);
     middle->addWidget(pointsLabel);
@@ -58,7 +53,6 @@ PolygonRuleWidget::PolygonRuleWidget(VQDReader* reader, QWidget* parent)
 
     connect(invertBox, &QCheckBox::toggled, this, &PolygonRuleWidget::ruleChanged);
     connect(editButton, &QPushButton::toggled, this, &PolygonRuleWidget::editToggled);
-    connect(removeButton, &QToolButton::clicked, this, &PolygonRuleWidget::removeRequested);
 }
 
 void PolygonRuleWidget::setRule(const FilterRule& rule)

@@ -6,6 +6,7 @@
 #include <QCheckBox>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QToolButton>
 
 namespace Tessaly {
 
@@ -26,8 +27,14 @@ RuleRowWidget::RuleRowWidget(QWidget* parent)
     , updateButton(makeButton(FilterDockTexts::updateInAll, peerRow))
     , checkButton(makeButton(FilterDockTexts::uncheckInAll, peerRow))
     , deleteButton(makeButton(FilterDockTexts::deleteFromAll, peerRow))
+    , removeButton(new QToolButton(this))
 {
     enableBox->setChecked(true);
+    removeButton->setText(FilterDockTexts::removeButton);
+    removeButton->setToolTip(FilterDockTexts::removeRuleToolTip);
+    removeButton->setFixedWidth(20);
+    removeButton->setAutoRaise(true);
+    connect(removeButton, &QToolButton::clicked, this, &RuleRowWidget::removeRequested);
     auto* layout = new FlowLayout(peerRow);
     for (QPushButton* button : { applyButton, updateButton, checkButton, deleteButton })
         layout->addWidget(button);

@@ -7,6 +7,7 @@
 
 class QCheckBox;
 class QPushButton;
+class QToolButton;
 
 namespace Tessaly {
 
@@ -52,6 +53,8 @@ public Q_SLOTS:
 protected:
     // A row of the buttons, for the subclass to place.
     QWidget* peerButtonRow() const { return peerRow; }
+    // The small button that asks to remove the row, for the subclass to place.
+    QToolButton* removeRowButton() const { return removeButton; }
     void updateButtons();
 
     FilterRule stored;
@@ -63,6 +66,7 @@ private:
     QPushButton* updateButton;
     QPushButton* checkButton;
     QPushButton* deleteButton;
+    QToolButton* removeButton;
     bool inGroup = false;
 };
 
