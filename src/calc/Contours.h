@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/Density.h"
 #include "calc/MarchingSquares.h"
 
 #include <vector>
@@ -16,9 +17,10 @@ struct ContourLevel
 
 // Contour lines of the kernel density of the points in the plot space of the two axes, one entry per
 // fraction in the given order. Empty for fewer than four points, x and y of different lengths, or
-// no fractions. An entry whose level is not above zero has no lines.
+// no fractions. An entry whose level is not above zero has no lines. A fit made of exactly these
+// points in plot space is used instead of estimating the density again.
 std::vector<ContourLevel> computeContours(const std::vector<double>& x, const std::vector<double>& y,
-    const std::vector<double>& fractions, int scaleX, int scaleY);
+    const std::vector<double>& fractions, int scaleX, int scaleY, const KernelDensityFit* fit = nullptr);
 
 // The density below which `fraction` of the given densities lie (the value at that rank); 0.0 for
 // an empty list or a fraction not strictly between 0 and 1.
@@ -41,6 +43,7 @@ std::vector<double> contourFractions(int innerPercent, int outerPercent);
 // The lines that the overlay shows for the plotted points: none when it is off or fewer than four
 // points are plotted.
 std::vector<ContourLevel> overlayContours(int overlayMode, const std::vector<double>& x,
-    const std::vector<double>& y, int innerPercent, int outerPercent, int scaleX, int scaleY);
+    const std::vector<double>& y, int innerPercent, int outerPercent, int scaleX, int scaleY,
+    const KernelDensityFit* fit = nullptr);
 
 } // namespace Tessaly

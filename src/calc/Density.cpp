@@ -603,11 +603,17 @@ std::vector<double> nearestNeighbourDensity(const std::vector<double>& x, const 
 
 namespace {
 
-std::vector<double> estimate(const std::vector<double>& x, const std::vector<double>& y, int method)
+std::vector<double> estimate(
+    const std::vector<double>& x, const std::vector<double>& y, int method, KernelDensityFit* fit)
 {
     switch (method) {
-    case KernelDensity:
-        return interpolateGrid(kernelDensityGrid(x, y, 0), x, y);
+    case KernelDensity: {
+        DensityGrid grid = kernelDensityGrid(x, y, 0);
+        std::vector<double> densities = interpolateGrid(grid, x, y);
+        if (fit)
+            *fit = KernelDensityFit { x, y, std::move(grid), densities };
+        return densities;
+    }
     case HistogramDensity:
         return histogramDensity(x, y);
     default:
@@ -617,8 +623,11 @@ std::vector<double> estimate(const std::vector<double>& x, const std::vector<dou
 
 } // namespace
 
-std::vector<double> computeDensity(const std::vector<double>& x, const std::vector<double>& y, int method)
+std::vector<double> computeDensity(
+    const std::vector<double>& x, const std::vector<double>& y, int method, KernelDensityFit* fit)
 {
+    if (fit)
+        *fit = KernelDensityFit();
     const bool known
         = method == KernelDensity || method == HistogramDensity || method == NearestNeighbourDensity;
     if (x.size() != y.size() || !known)
@@ -630,7 +639,7 @@ std::vector<double> computeDensity(const std::vector<double>& x, const std::vect
     if (finite < 4)
         return std::vector<double>(x.size(), kNaN);
     if (finite == x.size())
-        return estimate(x, y, method);
+        return estimate(x, y, method, fit);
 
     std::vector<double> fx;
     std::vector<double> fy;
@@ -642,7 +651,7 @@ std::vector<double> computeDensity(const std::vector<double>& x, const std::vect
             fy.push_back(y[i]);
         }
     }
-    const std::vector<double> estimates = estimate(fx, fy, method);
+    const std::vector<double> estimates = estimate(fx, fy, method, fit);
     std::vector<double> result(x.size(), kNaN);
     for (std::size_t i = 0, next = 0; i < x.size(); ++i) {
         if (std::isfinite(x[i]) && std::isfinite(y[i]))

@@ -31,10 +31,22 @@ struct DensityGrid
     double yStep = 1.0;
 };
 
+// A kernel density estimate kept for reuse: the finite points it was made of, in plot space, the
+// grid, and the density at each of those points. Contours of the same points need nothing more.
+struct KernelDensityFit
+{
+    std::vector<double> x;
+    std::vector<double> y;
+    DensityGrid grid;
+    std::vector<double> densities;
+};
+
 // Density at each event, in plot space (callers map x and y by the axes' scale modes first).
 // Events with a non-finite coordinate get NaN, and so does every event when fewer than four are
-// finite, when the method is unknown, or when x and y differ in length.
-std::vector<double> computeDensity(const std::vector<double>& x, const std::vector<double>& y, int method);
+// finite, when the method is unknown, or when x and y differ in length. A kernel estimate is kept
+// in `fit` when one is given (and `fit` is emptied otherwise).
+std::vector<double> computeDensity(
+    const std::vector<double>& x, const std::vector<double>& y, int method, KernelDensityFit* fit = nullptr);
 
 // The parts, for callers that need the grid itself. All expect finite values of equal length.
 

@@ -1,6 +1,9 @@
 #include "stats/DistributionStats.h"
 
+#include "calc/OrderStatistics.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
@@ -8,16 +11,19 @@ namespace Tessaly {
 
 namespace {
 
-// The quantile q of `sorted`, which is not empty, interpolated between the neighbouring ranks.
-double sortedQuantile(const std::vector<double>& sorted, double q)
+// The ranks around q * (n - 1), for n > 0, and the weight of the upper one.
+struct QuantileRanks
 {
-    const std::size_t n = sorted.size();
+    std::size_t lower;
+    std::size_t upper;
+    double weight;
+};
+
+QuantileRanks quantileRanks(std::size_t n, double q)
+{
     const double pos = q * static_cast<double>(n - 1);
     const auto i = static_cast<std::size_t>(pos);
-    const double f = pos - static_cast<double>(i);
-    if (i + 1 >= n)
-        return sorted[i];
-    return f * sorted[i + 1] + (1.0 - f) * sorted[i];
+    return { i, std::min(i + 1, n - 1), pos - static_cast<double>(i) };
 }
 
 } // namespace
@@ -41,11 +47,24 @@ DistributionStats computeDistributionStats(const std::vector<double>& values)
         stats.sd = std::sqrt(squares / static_cast<double>(n - 1));
     }
 
-    std::vector<double> sorted = values;
-    std::sort(sorted.begin(), sorted.end());
-    stats.q1 = sortedQuantile(sorted, 0.25);
-    stats.median = sortedQuantile(sorted, 0.5);
-    stats.q3 = sortedQuantile(sorted, 0.75);
+    // The quartiles need six ranks of the sorted order, which a selection finds without sorting.
+    const std::array<double, 3> fractions { 0.25, 0.5, 0.75 };
+    std::vector<std::size_t> ranks;
+    for (const double q : fractions) {
+        const QuantileRanks r = quantileRanks(n, q);
+        ranks.push_back(r.lower);
+        ranks.push_back(r.upper);
+    }
+    const std::vector<double> ordered = orderStatistics(values, ranks);
+    std::array<double, 3> quartiles {};
+    for (std::size_t k = 0; k < fractions.size(); ++k) {
+        const QuantileRanks r = quantileRanks(n, fractions[k]);
+        const double lower = ordered[2 * k];
+        quartiles[k] = r.lower + 1 >= n ? lower : r.weight * ordered[2 * k + 1] + (1.0 - r.weight) * lower;
+    }
+    stats.q1 = quartiles[0];
+    stats.median = quartiles[1];
+    stats.q3 = quartiles[2];
     stats.iqr = stats.q3 - stats.q1;
     return stats;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/Density.h"
 #include "core/EventFilter.h"
 #include "core/FilterGroup.h"
 #include "ui/ExportConfig.h"
@@ -431,6 +432,8 @@ private:
     QString plotXLabel;
     QString plotYLabel;
     QString plotColorLabel;
+    // The kernel density behind a density colour, which the contours of the same points reuse.
+    KernelDensityFit densityFit;
     bool filterReducedPlot = false;
     std::string lastPlotXName;
     std::string lastPlotYName;

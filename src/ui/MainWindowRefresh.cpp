@@ -136,6 +136,7 @@ void MainWindow::onFilterChanged()
     const int scaleY = yScaleCombo->currentIndex();
     plotColor.clear();
     plotColorLabel.clear();
+    densityFit = KernelDensityFit();
     if (!colorKey.empty() && !isDensityKey(colorKey)) {
         const std::vector<double>& colorColumn = reader.getFeature(colorKey);
         if (!colorColumn.empty() && colorColumn.size() == xColumn.size()) {
@@ -144,7 +145,8 @@ void MainWindow::onFilterChanged()
         }
     } else if (!colorKey.empty()) {
         const int method = std::max(static_cast<int>(KernelDensity), densityMethodForColorBy(colorKey));
-        plotColor = computeDensity(transformValues(plotX, scaleX), transformValues(plotY, scaleY), method);
+        plotColor = computeDensity(
+            transformValues(plotX, scaleX), transformValues(plotY, scaleY), method, &densityFit);
         plotColorLabel = MainWindowTexts::densityLabel;
     }
 
@@ -277,7 +279,7 @@ void MainWindow::updateContours()
     const int mode = contourCombo->currentIndex();
     scatterPlot->setDataVisible(mode != ContourOverlayOnly);
     const std::vector<ContourLevel> levels = overlayContours(mode, plotX, plotY, innerContourSpinBox->value(),
-        outerContourSpinBox->value(), xScaleCombo->currentIndex(), yScaleCombo->currentIndex());
+        outerContourSpinBox->value(), xScaleCombo->currentIndex(), yScaleCombo->currentIndex(), &densityFit);
     if (levels.empty())
         scatterPlot->clearContours();
     else

@@ -6,9 +6,11 @@
 
 #include <QEvent>
 #include <QHeaderView>
+#include <QThreadPool>
 #include <QTreeWidget>
 #include <QTreeWidgetItem>
 #include <QVBoxLayout>
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 
 namespace Tessaly {
@@ -61,8 +63,11 @@ void StatisticsDockWidget::updateStatistics(
     if (x.empty() || y.empty())
         return;
 
-    const DistributionStats sx = computeDistributionStats(x);
+    // The two axes are independent: x on the pool while y is worked out here.
+    QFuture<DistributionStats> forX
+        = QtConcurrent::run(QThreadPool::globalInstance(), [&x] { return computeDistributionStats(x); });
     const DistributionStats sy = computeDistributionStats(y);
+    const DistributionStats sx = forX.result();
     const auto& names = StatisticsText::rowNames;
 
     // Both vectors come from the same plotted points, so x's count stands for both.
