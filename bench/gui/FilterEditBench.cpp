@@ -23,7 +23,7 @@ void editRangeBound(benchmark::State& state)
     // A peer, so that the peer marks are computed too.
     window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
     window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0)) + 1));
-    while (window.isPreloadRunning())
+    while (window.datasets().size() < 2 || window.isPreloadRunning() || window.isCheckingFile())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
     auto* dock = window.findChild<Tessaly::FilterDockWidget*>();
     for (QPushButton* button : dock->findChildren<QPushButton*>()) {
@@ -39,13 +39,51 @@ void editRangeBound(benchmark::State& state)
     for (auto _ : state) {
         maximum->setValue(wide ? 120.0 : 80.0);
         wide = !wide;
+        while (window.isRefreshQueued())
+            QCoreApplication::processEvents();
         plot->repaint();
-        QCoreApplication::processEvents();
     }
     state.counters["shown"] = static_cast<double>(window.plottedX().size());
 }
 
+// Ten steps of a bound that arrive before the interface thread turns, as from a held arrow key or
+// a spun wheel on a large dataset: the time until the plot shows the last one, and how many
+// refreshes that took.
+void stepBoundInBursts(benchmark::State& state)
+{
+    Tessaly::MainWindow window;
+    window.resize(1400, 900);
+    window.show();
+    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
+    while (window.isPreloadRunning() || window.isCheckingFile())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    auto* dock = window.findChild<Tessaly::FilterDockWidget*>();
+    for (QPushButton* button : dock->findChildren<QPushButton*>()) {
+        if (button->text() == Tessaly::FilterDockTexts::addRule)
+            button->click();
+    }
+    QWidget* row = dock->ruleRow(0);
+    auto* combo = row->findChild<QComboBox*>();
+    combo->setCurrentIndex(combo->findData(QStringLiteral("area_um")));
+    QDoubleSpinBox* maximum = row->findChildren<QDoubleSpinBox*>().at(1);
+    maximum->setValue(200.0);
+    QCoreApplication::processEvents();
+    int refreshes = 0;
+    QObject::connect(&window, &Tessaly::MainWindow::plotRefreshed, [&refreshes] { ++refreshes; });
+    double high = 200.0;
+    for (auto _ : state) {
+        for (int step = 0; step < 10; ++step)
+            maximum->setValue(high -= 1.0);
+        while (window.isRefreshQueued())
+            QCoreApplication::processEvents();
+    }
+    state.counters["refreshesPerBurst"]
+        = static_cast<double>(refreshes) / static_cast<double>(state.iterations());
+}
+
 } // namespace
+
+BENCHMARK(stepBoundInBursts)->Arg(1000000)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 BENCHMARK(editRangeBound)
     ->Arg(100000)

@@ -1,11 +1,15 @@
 #include "calc/Density.h"
 
 #include "calc/OrderStatistics.h"
+#include "core/ParallelBlocks.h"
 
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <armadillo>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 #include <limits>
 
 namespace Tessaly {
@@ -248,6 +252,10 @@ TESSALY_WIDE_VECTOR_CLONES void binBlock(
 
 constexpr std::size_t binBlockSize = 1024;
 
+// Points per block of work on the thread pool: below this, handing work over costs more than it
+// saves.
+constexpr std::size_t minimumParallelBlock = 50000;
+
 // Scratch space for the cells of one block of points.
 struct CellBlock
 {
@@ -289,8 +297,7 @@ int optimalGridSizeOf(const OffsetPoints& points)
     const std::size_t total = points.count;
     constexpr std::size_t groupCells = 200000;
     std::vector<double> costs;
-    CellBlock scratch;
-    int cells[binBlockSize];
+    const std::size_t blocks = parallelBlockCount(total, minimumParallelBlock);
     for (std::size_t start = 0; start < candidates.size();) {
         std::size_t end = start;
         std::size_t cellSum = 0;
@@ -302,20 +309,32 @@ int optimalGridSizeOf(const OffsetPoints& points)
             cellSum += size;
             ++end;
         }
-        std::vector<std::vector<int>> counts(end - start);
-        for (std::size_t c = start; c < end; ++c)
-            counts[c - start].assign(
-                static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
-        for (std::size_t first = 0; first < total; first += binBlockSize) {
-            const std::size_t count = std::min(binBlockSize, total - first);
-            for (std::size_t c = start; c < end; ++c) {
-                const int n = candidates[c];
-                cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, scratch, cells);
-                std::vector<int>& histogram = counts[c - start];
-                for (std::size_t i = 0; i < count; ++i)
-                    ++histogram[static_cast<std::size_t>(cells[i])];
+        // Each block of points counts into histograms of its own; counts add up exactly.
+        std::vector<std::vector<std::vector<int>>> blockCounts(blocks);
+        runInBlocks(total, blocks, [&](std::size_t block, std::size_t from, std::size_t to) {
+            std::vector<std::vector<int>>& counts = blockCounts[block];
+            counts.resize(end - start);
+            for (std::size_t c = start; c < end; ++c)
+                counts[c - start].assign(
+                    static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
+            CellBlock scratch;
+            int cells[binBlockSize];
+            for (std::size_t first = from; first < to; first += binBlockSize) {
+                const std::size_t count = std::min(binBlockSize, to - first);
+                for (std::size_t c = start; c < end; ++c) {
+                    const int n = candidates[c];
+                    cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, scratch, cells);
+                    std::vector<int>& histogram = counts[c - start];
+                    for (std::size_t i = 0; i < count; ++i)
+                        ++histogram[static_cast<std::size_t>(cells[i])];
+                }
             }
-        }
+        });
+        std::vector<std::vector<int>>& counts = blockCounts.front();
+        for (std::size_t block = 1; block < blocks; ++block)
+            for (std::size_t c = 0; c < counts.size(); ++c)
+                std::transform(counts[c].begin(), counts[c].end(), blockCounts[block][c].begin(),
+                    counts[c].begin(), std::plus<int>());
         for (std::size_t c = start; c < end; ++c) {
             const int n = candidates[c];
             const double dx = points.xRange / n;
@@ -385,8 +404,19 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     const int g = gridSize < 1 ? optimalGridSize(x, y) : gridSize;
 
     const double scale = count > 0 ? std::pow(static_cast<double>(count), -1.0 / 6.0) : 0.0;
-    double hx = scale * robustSpread(x, count);
-    double hy = scale * robustSpread(y, count);
+    double spreadX = 0.0;
+    double spreadY = 0.0;
+    if (count >= 2 * minimumParallelBlock) {
+        QFuture<double> forX = QtConcurrent::run(
+            QThreadPool::globalInstance(), [&x, count] { return robustSpread(x, count); });
+        spreadY = robustSpread(y, count);
+        spreadX = forX.result();
+    } else {
+        spreadX = robustSpread(x, count);
+        spreadY = robustSpread(y, count);
+    }
+    double hx = scale * spreadX;
+    double hy = scale * spreadY;
     if (!(hx > 0.0))
         hx = 1.0;
     if (!(hy > 0.0))
@@ -405,23 +435,32 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
 
     // Counts as a matrix indexed (xBin, yBin): a column holds one row of the grid, contiguous in
     // memory, and the column-major layout of the matrix is the grid's row-major order.
+    // Each block of points counts into a grid of its own; whole counts add up exactly.
     const arma::uword n = static_cast<arma::uword>(g);
-    arma::mat counts(n, n, arma::fill::zeros);
-    double xOffsets[binBlockSize];
-    double yOffsets[binBlockSize];
-    int xBins[binBlockSize];
-    int yBins[binBlockSize];
-    for (std::size_t first = 0; first < count; first += binBlockSize) {
-        const std::size_t block = std::min(binBlockSize, count - first);
-        for (std::size_t i = 0; i < block; ++i) {
-            xOffsets[i] = x[first + i] - grid.xOrigin;
-            yOffsets[i] = y[first + i] - grid.yOrigin;
+    const std::size_t blocks = parallelBlockCount(count, minimumParallelBlock);
+    std::vector<arma::mat> blockCounts(blocks);
+    runInBlocks(count, blocks, [&](std::size_t b, std::size_t from, std::size_t to) {
+        arma::mat& counts = blockCounts[b];
+        counts.zeros(n, n);
+        double xOffsets[binBlockSize];
+        double yOffsets[binBlockSize];
+        int xBins[binBlockSize];
+        int yBins[binBlockSize];
+        for (std::size_t first = from; first < to; first += binBlockSize) {
+            const std::size_t block = std::min(binBlockSize, to - first);
+            for (std::size_t i = 0; i < block; ++i) {
+                xOffsets[i] = x[first + i] - grid.xOrigin;
+                yOffsets[i] = y[first + i] - grid.yOrigin;
+            }
+            binBlock(xOffsets, block, grid.xStep, g, xBins);
+            binBlock(yOffsets, block, grid.yStep, g, yBins);
+            for (std::size_t i = 0; i < block; ++i)
+                counts(static_cast<arma::uword>(xBins[i]), static_cast<arma::uword>(yBins[i])) += 1.0;
         }
-        binBlock(xOffsets, block, grid.xStep, g, xBins);
-        binBlock(yOffsets, block, grid.yStep, g, yBins);
-        for (std::size_t i = 0; i < block; ++i)
-            counts(static_cast<arma::uword>(xBins[i]), static_cast<arma::uword>(yBins[i])) += 1.0;
-    }
+    });
+    arma::mat& counts = blockCounts.front();
+    for (std::size_t b = 1; b < blocks; ++b)
+        counts += blockCounts[b];
 
     const arma::mat alongX = smoothAlongX(counts, gaussianKernel(hx / grid.xStep, g));
     const arma::mat smoothed = smoothAlongY(alongX, gaussianKernel(hy / grid.yStep, g));
@@ -440,20 +479,23 @@ std::vector<double> interpolateGrid(
 
     std::vector<double> out(count);
     const double* v = grid.values.data();
-    for (std::size_t p = 0; p < count; ++p) {
-        const double fx = (x[p] - grid.xOrigin) / grid.xStep - 0.5;
-        const double fy = (y[p] - grid.yOrigin) / grid.yStep - 0.5;
-        const double i = floorOf(fx);
-        const double j = floorOf(fy);
-        const double tx = fx - i;
-        const double ty = fy - j;
-        const std::size_t i0 = static_cast<std::size_t>(clampedIndex(i, g));
-        const std::size_t i1 = static_cast<std::size_t>(clampedIndex(i + 1.0, g));
-        const std::size_t row0 = static_cast<std::size_t>(clampedIndex(j, g)) * stride;
-        const std::size_t row1 = static_cast<std::size_t>(clampedIndex(j + 1.0, g)) * stride;
-        out[p] = (1.0 - tx) * (1.0 - ty) * v[row0 + i0] + tx * (1.0 - ty) * v[row0 + i1]
-            + (1.0 - tx) * ty * v[row1 + i0] + tx * ty * v[row1 + i1];
-    }
+    runInBlocks(count, parallelBlockCount(count, minimumParallelBlock),
+        [&](std::size_t, std::size_t from, std::size_t to) {
+            for (std::size_t p = from; p < to; ++p) {
+                const double fx = (x[p] - grid.xOrigin) / grid.xStep - 0.5;
+                const double fy = (y[p] - grid.yOrigin) / grid.yStep - 0.5;
+                const double i = floorOf(fx);
+                const double j = floorOf(fy);
+                const double tx = fx - i;
+                const double ty = fy - j;
+                const std::size_t i0 = static_cast<std::size_t>(clampedIndex(i, g));
+                const std::size_t i1 = static_cast<std::size_t>(clampedIndex(i + 1.0, g));
+                const std::size_t row0 = static_cast<std::size_t>(clampedIndex(j, g)) * stride;
+                const std::size_t row1 = static_cast<std::size_t>(clampedIndex(j + 1.0, g)) * stride;
+                out[p] = (1.0 - tx) * (1.0 - ty) * v[row0 + i0] + tx * (1.0 - ty) * v[row0 + i1]
+                    + (1.0 - tx) * ty * v[row1 + i0] + tx * ty * v[row1 + i1];
+            }
+        });
     return out;
 }
 

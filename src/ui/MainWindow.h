@@ -212,6 +212,11 @@ public Q_SLOTS:
     void onDatasetSelected(int index);
     void showActiveDataset();
     void onFilterChanged();
+    // Asks for onFilterChanged at the next turn of the event loop. Requests that arrive meanwhile,
+    // as while a bound is typed or stepped faster than a large dataset refreshes, are served by
+    // that one refresh with the latest rules: refreshes never queue up behind each other.
+    void requestRefresh(bool keepGroupWidgets = false);
+    bool isRefreshQueued() const { return refreshQueued; }
     void updateFeatureSelection();
     void refreshFeaturesAndPlot();
     void showMetadata();
@@ -278,6 +283,10 @@ public:
     // be read or isn't a session leaves the current session as it is.
     void loadSessionFrom(const QString& path);
     bool isSessionLoading() const { return sessionLoading; }
+
+signals:
+    // The plot and the panels around it show the active dataset anew.
+    void plotRefreshed();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -422,6 +431,11 @@ private:
 
     // On while a group rule is written back, so that the refresh leaves the row being edited alone.
     bool groupRuleUpdating = false;
+    // A refresh was asked for and hasn't run yet; it leaves the group widgets alone if every request
+    // since came from a group's rule row.
+    bool refreshQueued = false;
+    bool queuedRefreshKeepsGroupWidgets = false;
+    void runQueuedRefresh();
 
     // Plot state of the active dataset, rebuilt by every run of onFilterChanged.
     std::vector<double> plotX;

@@ -69,9 +69,7 @@ void MainWindow::updateRuleInGroup(int groupId, int ruleIndex, const FilterRule&
     copy.propagationId.clear();
     group->rules[static_cast<std::size_t>(ruleIndex)] = copy;
     // The row being typed in stays as it is: the refresh leaves the group widgets alone.
-    groupRuleUpdating = true;
-    onFilterChanged();
-    groupRuleUpdating = false;
+    requestRefresh(true);
 }
 
 void MainWindow::removeRuleFromGroup(int groupId, int ruleIndex)

@@ -424,7 +424,7 @@ void MainWindow::connectSignals()
         if (entry)
             onDatasetSelected(static_cast<int>(row));
     });
-    connect(filterDock, &FilterDockWidget::filterChanged, this, &MainWindow::onFilterChanged);
+    connect(filterDock, &FilterDockWidget::filterChanged, this, [this] { requestRefresh(); });
     connectFilterDock();
     for (QComboBox* combo : { xFeatureCombo, yFeatureCombo, colorFeatureCombo })
         connect(combo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,

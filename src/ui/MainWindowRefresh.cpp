@@ -84,8 +84,31 @@ void MainWindow::refreshFeaturesAndPlot()
     onFilterChanged();
 }
 
+void MainWindow::requestRefresh(bool keepGroupWidgets)
+{
+    if (refreshQueued) {
+        queuedRefreshKeepsGroupWidgets = queuedRefreshKeepsGroupWidgets && keepGroupWidgets;
+        return;
+    }
+    refreshQueued = true;
+    queuedRefreshKeepsGroupWidgets = keepGroupWidgets;
+    QMetaObject::invokeMethod(this, &MainWindow::runQueuedRefresh, Qt::QueuedConnection);
+}
+
+void MainWindow::runQueuedRefresh()
+{
+    // A refresh that ran in between has shown the latest state already.
+    if (!refreshQueued)
+        return;
+    const bool keep = queuedRefreshKeepsGroupWidgets;
+    groupRuleUpdating = keep;
+    onFilterChanged();
+    groupRuleUpdating = false;
+}
+
 void MainWindow::onFilterChanged()
 {
+    refreshQueued = false;
     DatasetEntry* entry = activeEntry();
     if (!entry || !entry->reader->isOpen())
         return;
@@ -186,6 +209,7 @@ void MainWindow::onFilterChanged()
     updateApplyPlotButton();
     statisticsDock->updateStatistics(plotX, plotY, plotXLabel, plotYLabel);
     placeSelection(*entry);
+    emit plotRefreshed();
 }
 
 // Non-finite values vanish from the plot here, and from the "shown" count with them; the event

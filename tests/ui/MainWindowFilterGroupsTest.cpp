@@ -53,7 +53,11 @@ protected:
     }
 
     DatasetEntry* dataset(int row) { return window->datasets()[static_cast<std::size_t>(row)]; }
-    std::size_t shown() const { return window->plottedX().size(); }
+    std::size_t shown()
+    {
+        settleRefresh();
+        return window->plottedX().size();
+    }
     QString status() const { return window->findChild<QLabel*>("statusLabel")->text(); }
 
     // Writes `text` to a file of the test folder and imports it.

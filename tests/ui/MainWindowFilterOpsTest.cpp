@@ -6,10 +6,12 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDoubleSpinBox>
 #include <QListWidget>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QSignalSpy>
 
 using namespace Tessaly;
 using Tessaly::Testing::FixtureWriter;
@@ -69,7 +71,11 @@ protected:
 
     void select(int row) { window->findChild<QListWidget*>("datasetList")->setCurrentRow(row); }
     DatasetEntry* dataset(int row) { return window->datasets()[static_cast<std::size_t>(row)]; }
-    std::size_t shown() const { return window->plottedX().size(); }
+    std::size_t shown()
+    {
+        settleRefresh();
+        return window->plottedX().size();
+    }
 
     // A range rule on area_um added in the dock, narrowed to [low, high].
     void addAreaRule(double low, double high)
@@ -85,6 +91,7 @@ protected:
         const QList<QDoubleSpinBox*> spins = dock->ruleRow(rowIndex)->findChildren<QDoubleSpinBox*>();
         spins.at(0)->setValue(low);
         spins.at(1)->setValue(high);
+        settleRefresh();
     }
 
     FilterDockWidget* dock = nullptr;
@@ -146,6 +153,7 @@ TEST_F(MainWindowFilterOps, CheckUncheckAndDeleteReachOnlyLinkedCopies)
 
     // Switching the rule off here lights the check button: the peers still have it on.
     dock->ruleRow(0)->findChild<QCheckBox*>()->setChecked(false);
+    settleRefresh();
     EXPECT_EQ(shown(), 4u);
     QPushButton* check = button(dock->ruleRow(0), FilterDockTexts::uncheckInAll);
     ASSERT_NE(check, nullptr);
@@ -190,6 +198,7 @@ TEST_F(MainWindowFilterOps, SwitchesAndTheWholeFilterGoToEveryPeer)
     auto* enabledForAll = dock->findChild<QPushButton*>("enabledForAllButton");
     auto* excludedForAll = dock->findChild<QPushButton*>("excludedForAllButton");
     excludedBox->setChecked(true);
+    settleRefresh();
     EXPECT_EQ(window->plottedEvents(), (std::vector<int> { 0, 3, 4 }));
     EXPECT_TRUE(highlighted(excludedForAll));
     EXPECT_FALSE(highlighted(enabledForAll));
@@ -198,6 +207,8 @@ TEST_F(MainWindowFilterOps, SwitchesAndTheWholeFilterGoToEveryPeer)
     EXPECT_EQ(dataset(2)->filter.combineMode(), 1);
 
     enabledBox->setChecked(false);
+
+    settleRefresh();
     EXPECT_EQ(shown(), 5u);
     EXPECT_TRUE(highlighted(enabledForAll));
     EXPECT_EQ(enabledForAll->text(), "Disable in All Datasets");
@@ -205,6 +216,7 @@ TEST_F(MainWindowFilterOps, SwitchesAndTheWholeFilterGoToEveryPeer)
     EXPECT_FALSE(dataset(1)->filter.isEnabled());
     EXPECT_FALSE(dataset(2)->filter.isEnabled());
     enabledBox->setChecked(true);
+    settleRefresh();
 
     window->onApplyFilterToAll();
     for (int row : { 1, 2 }) {
@@ -291,4 +303,24 @@ TEST_F(MainWindowFilterOps, SoftLimitsBecomeRules)
     EXPECT_EQ(messages[0].kind, MessageBoxes::Kind::Information);
     EXPECT_EQ(messages[0].title, "Import Measurement Filters");
     EXPECT_EQ(messages[0].text, "No features with soft limit enabled found.");
+}
+
+TEST_F(MainWindowFilterOps, BoundsChangedFasterThanTheRefreshAreShownByOneRefresh)
+{
+    open({ writeCells("a.vqd") });
+    addAreaRule(10, 50);
+    QSignalSpy refreshes(window.get(), &MainWindow::plotRefreshed);
+    const QList<QDoubleSpinBox*> spins = dock->ruleRow(0)->findChildren<QDoubleSpinBox*>();
+    for (const double high : { 45.0, 35.0, 25.0 })
+        spins.at(1)->setValue(high);
+    EXPECT_EQ(refreshes.count(), 0);
+    EXPECT_EQ(shown(), 2u);
+    EXPECT_EQ(refreshes.count(), 1);
+
+    // A refresh that runs before the asked-for one has shown the latest bounds: the other is dropped.
+    spins.at(0)->setValue(20);
+    window->onFilterChanged();
+    EXPECT_EQ(shown(), 1u);
+    QCoreApplication::sendPostedEvents(window.get(), QEvent::MetaCall);
+    EXPECT_EQ(refreshes.count(), 2);
 }

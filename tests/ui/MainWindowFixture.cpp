@@ -5,6 +5,7 @@
 #include "support/FixtureWriter.h"
 
 #include <QApplication>
+#include <QCoreApplication>
 #include <QDir>
 #include <QDropEvent>
 #include <QFile>
@@ -39,6 +40,13 @@ MainWindow& MainWindowFixture::makeWindow()
 {
     window = std::make_unique<MainWindow>();
     return *window;
+}
+
+void MainWindowFixture::settleRefresh()
+{
+    for (int turn = 0; turn < 10 && window && window->isRefreshQueued(); ++turn)
+        QCoreApplication::sendPostedEvents(window.get(), QEvent::MetaCall);
+    EXPECT_FALSE(window && window->isRefreshQueued());
 }
 
 QString MainWindowFixture::writeDataset(

@@ -4,13 +4,11 @@
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 
-#include <gtest/gtest.h>
-
 #include <QList>
 #include <QString>
 #include <QTemporaryDir>
 #include <QUrl>
-
+#include <gtest/gtest.h>
 #include <memory>
 #include <vector>
 
@@ -45,6 +43,8 @@ protected:
     void drop(const QList<QUrl>& urls);
     // Waits until no preload runs and nothing is queued.
     bool waitUntilIdle(int timeoutMs = 30000);
+    // Runs the refresh that edits in the filter dock have asked for, which waits for the event loop.
+    void settleRefresh();
     std::vector<std::string> datasetPaths() const;
 
     QTemporaryDir folder;

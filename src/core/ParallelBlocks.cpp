@@ -1,0 +1,31 @@
+#include "core/ParallelBlocks.h"
+
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentMap>
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+namespace Tessaly {
+
+std::size_t parallelBlockCount(std::size_t count, std::size_t minimumBlock)
+{
+    const auto threads
+        = static_cast<std::size_t>(std::max(1, QThreadPool::globalInstance()->maxThreadCount()));
+    return std::max<std::size_t>(1, std::min(threads, count / std::max<std::size_t>(1, minimumBlock)));
+}
+
+void runInBlocks(std::size_t count, std::size_t blocks,
+    const std::function<void(std::size_t block, std::size_t first, std::size_t last)>& work)
+{
+    const auto bounds = [&](std::size_t b) { return count * b / blocks; };
+    if (blocks <= 1) {
+        work(0, 0, count);
+        return;
+    }
+    std::vector<std::size_t> indices(blocks);
+    std::iota(indices.begin(), indices.end(), std::size_t { 0 });
+    QtConcurrent::blockingMap(indices, [&](std::size_t b) { work(b, bounds(b), bounds(b + 1)); });
+}
+
+} // namespace Tessaly
