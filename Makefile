@@ -7,9 +7,10 @@ FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 120
 ASAN_DIR ?= build-asan
 TSAN_DIR ?= build-tsan
-# The tests that run reads on the thread pool beside the interface thread: the main window's (its
-# preload) and the reader's, whose lock they share.
-TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters)\.
+# The tests that run work on the thread pool beside the interface thread: the main window's (its
+# preload, the refresh's density and statistics), the reader's, whose lock they share, and the
+# blocks of work that the numerics hand to the pool.
+TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|ParallelBlocks|Contours|StatisticsDockWidget)\.
 # ThreadSanitizer's allocator has no heap checks, so a probe there need not notice the heap damage a
 # malformed file does inside libhdf5; the test that relies on the probe noticing it is left out.
 TSAN_EXCLUDE ?= FilesThatCrashTheFileLibrary

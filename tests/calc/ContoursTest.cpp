@@ -201,3 +201,40 @@ TEST(Contours, OverlayUsesTheSmallerPercentFirstWhicheverBoxHoldsIt)
     EXPECT_TRUE(overlayContours(ContourOverlayOn, { 1, 2, 3 }, { 1, 2, 3 }, 10, 67, LinearScale, LinearScale)
                     .empty());
 }
+
+namespace {
+
+bool sameLevels(const std::vector<ContourLevel>& a, const std::vector<ContourLevel>& b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t k = 0; k < a.size(); ++k) {
+        if (a[k].fraction != b[k].fraction || a[k].level != b[k].level || a[k].polylines != b[k].polylines)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+// The density colour's estimate stands in for the contours' own only when it was made of the same
+// points in the same plot space; otherwise it would draw the lines of other data.
+TEST(Contours, AFitIsUsedOnlyForExactlyItsOwnPoints)
+{
+    const Points p = blob(5000, 100.0, 0.05, 10.0, 7);
+    const std::vector<double> fractions { 0.1, 0.67 };
+    KernelDensityFit fit;
+    computeDensity(transformValues(p.x, LogScale), transformValues(p.y, LinearScale), KernelDensity, &fit);
+    ASSERT_EQ(fit.densities.size(), p.x.size());
+
+    const std::vector<ContourLevel> own = computeContours(p.x, p.y, fractions, LogScale, LinearScale);
+    EXPECT_TRUE(sameLevels(computeContours(p.x, p.y, fractions, LogScale, LinearScale, &fit), own));
+
+    // The same points on another scale, or other points, must not take the fit.
+    EXPECT_TRUE(sameLevels(computeContours(p.x, p.y, fractions, LinearScale, LinearScale, &fit),
+        computeContours(p.x, p.y, fractions, LinearScale, LinearScale)));
+    const Points q = blob(5000, 150.0, 0.08, 5.0, 8);
+    const std::vector<ContourLevel> other = computeContours(q.x, q.y, fractions, LogScale, LinearScale);
+    EXPECT_FALSE(sameLevels(other, own));
+    EXPECT_TRUE(sameLevels(computeContours(q.x, q.y, fractions, LogScale, LinearScale, &fit), other));
+}
