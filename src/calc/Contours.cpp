@@ -36,8 +36,10 @@ std::vector<ContourLevel> computeContours(const std::vector<double>& x, const st
 {
     if (x.size() < 4 || x.size() != y.size() || fractions.empty())
         return {};
-    std::vector<double> tx = transformValues(x, scaleX);
-    std::vector<double> ty = transformValues(y, scaleY);
+    std::vector<double> xStorage;
+    std::vector<double> yStorage;
+    const std::vector<double>& tx = valuesInPlotSpace(x, scaleX, xStorage);
+    const std::vector<double>& ty = valuesInPlotSpace(y, scaleY, yStorage);
     // Equal vectors give an equal grid and equal densities; NaN never compares equal, so points
     // that the fit left out can't slip through.
     KernelDensityFit own;

@@ -52,6 +52,15 @@ std::vector<double> transformValues(const std::vector<double>& values, int mode)
     return out;
 }
 
+const std::vector<double>& valuesInPlotSpace(
+    const std::vector<double>& values, int mode, std::vector<double>& storage)
+{
+    if (mode == LinearScale)
+        return values;
+    storage = transformValues(values, mode);
+    return storage;
+}
+
 namespace {
 
 double untransformValue(double v, int mode)

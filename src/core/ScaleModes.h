@@ -31,6 +31,11 @@ double scaleValue(double v, int mode);
 // 0.0 for the rest, any other mode the pseudo-log transform.
 std::vector<double> transformValues(const std::vector<double>& values, int mode);
 
+// The same without a copy where none is needed: `values` themselves on a linear axis, otherwise
+// their transform, kept in `storage`.
+const std::vector<double>& valuesInPlotSpace(
+    const std::vector<double>& values, int mode, std::vector<double>& storage);
+
 // Inverse of transformValues for one point, in place: mode 1 takes 10 to the power of the value,
 // other non-zero modes the inverse pseudo-log.
 void untransformPoint(double& x, double& y, int modeX, int modeY);

@@ -5,6 +5,7 @@
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
 #include "core/FluorescenceChannels.h"
+#include "core/ParallelBlocks.h"
 #include "core/PolygonRuleId.h"
 #include "core/ScaleModes.h"
 #include "io/Hdf5Mutex.h"
@@ -32,6 +33,10 @@ namespace Tessaly {
 
 namespace {
 
+// Points per block of the refresh's passes on the thread pool; smaller blocks cost more to hand
+// over than they save.
+constexpr std::size_t minimumRefreshBlock = 100000;
+
 std::string comboKey(const QComboBox* combo)
 {
     return combo->currentData().toString().toStdString();
@@ -48,10 +53,13 @@ std::vector<double> gather(const std::vector<double>& column, const std::vector<
 {
     std::vector<double> values(events.size());
     const std::size_t size = column.size();
-    for (std::size_t i = 0; i < events.size(); ++i) {
-        const auto event = static_cast<std::size_t>(events[i]);
-        values[i] = event < size ? column[event] : std::numeric_limits<double>::quiet_NaN();
-    }
+    runInBlocks(events.size(), parallelBlockCount(events.size(), minimumRefreshBlock),
+        [&](std::size_t, std::size_t first, std::size_t last) {
+            for (std::size_t i = first; i < last; ++i) {
+                const auto event = static_cast<std::size_t>(events[i]);
+                values[i] = event < size ? column[event] : std::numeric_limits<double>::quiet_NaN();
+            }
+        });
     return values;
 }
 
@@ -168,8 +176,10 @@ void MainWindow::onFilterChanged()
         }
     } else if (!colorKey.empty()) {
         const int method = std::max(static_cast<int>(KernelDensity), densityMethodForColorBy(colorKey));
-        plotColor = computeDensity(
-            transformValues(plotX, scaleX), transformValues(plotY, scaleY), method, &densityFit);
+        std::vector<double> xStorage;
+        std::vector<double> yStorage;
+        plotColor = computeDensity(valuesInPlotSpace(plotX, scaleX, xStorage),
+            valuesInPlotSpace(plotY, scaleY, yStorage), method, &densityFit);
         plotColorLabel = MainWindowTexts::densityLabel;
     }
 
@@ -213,37 +223,53 @@ void MainWindow::onFilterChanged()
 }
 
 // Non-finite values vanish from the plot here, and from the "shown" count with them; the event
-// index of each remaining point is carried along.
+// index of each remaining point is carried along. Blocks of points are checked on the thread pool,
+// then each block's survivors go to their place in order.
 void MainWindow::cleanPlotPoints()
 {
     const std::size_t n = plotX.size();
     if (n == 0)
         return;
     const bool colored = !plotColor.empty();
-    std::vector<double> x, y, color;
-    std::vector<int> events;
-    x.reserve(n);
-    y.reserve(n);
-    events.reserve(n);
-    if (colored)
-        color.reserve(n);
-    for (std::size_t i = 0; i < n; ++i) {
-        const double yi = i < plotY.size() ? plotY[i] : std::numeric_limits<double>::quiet_NaN();
-        const double ci = !colored ? 0.0
-            : i < plotColor.size() ? plotColor[i]
-                                   : std::numeric_limits<double>::quiet_NaN();
-        if (!std::isfinite(plotX[i]) || !std::isfinite(yi) || !std::isfinite(ci))
-            continue;
-        x.push_back(plotX[i]);
-        y.push_back(yi);
-        if (colored)
-            color.push_back(ci);
-        events.push_back(filterReducedPlot ? visibleIndices[i] : static_cast<int>(i));
-    }
-    if (x.size() != n || plotY.size() != n) {
-        visibleIndices = std::move(events);
-        filterReducedPlot = true;
-    }
+    const auto keep = [&](std::size_t i) {
+        return std::isfinite(plotX[i]) && i < plotY.size() && std::isfinite(plotY[i])
+            && (!colored || (i < plotColor.size() && std::isfinite(plotColor[i])));
+    };
+    const std::size_t blocks = parallelBlockCount(n, minimumRefreshBlock);
+    std::vector<std::size_t> keptInBlock(blocks, 0);
+    runInBlocks(n, blocks, [&](std::size_t block, std::size_t first, std::size_t last) {
+        std::size_t kept = 0;
+        for (std::size_t i = first; i < last; ++i)
+            kept += keep(i) ? 1 : 0;
+        keptInBlock[block] = kept;
+    });
+    std::vector<std::size_t> offsets(blocks + 1, 0);
+    for (std::size_t block = 0; block < blocks; ++block)
+        offsets[block + 1] = offsets[block] + keptInBlock[block];
+    const std::size_t total = offsets.back();
+    // Nothing dropped: the vectors stay as they are.
+    if (total == n && plotY.size() == n && (!colored || plotColor.size() == n))
+        return;
+
+    std::vector<double> x(total);
+    std::vector<double> y(total);
+    std::vector<double> color(colored ? total : 0);
+    std::vector<int> events(total);
+    runInBlocks(n, blocks, [&](std::size_t block, std::size_t first, std::size_t last) {
+        std::size_t next = offsets[block];
+        for (std::size_t i = first; i < last; ++i) {
+            if (!keep(i))
+                continue;
+            x[next] = plotX[i];
+            y[next] = plotY[i];
+            if (colored)
+                color[next] = plotColor[i];
+            events[next] = filterReducedPlot ? visibleIndices[i] : static_cast<int>(i);
+            ++next;
+        }
+    });
+    visibleIndices = std::move(events);
+    filterReducedPlot = true;
     plotX = std::move(x);
     plotY = std::move(y);
     if (colored)

@@ -69,6 +69,42 @@ TEST_F(MainWindowRefresh, NonFinitePointsLeaveThePlotAndTheShownCount)
     EXPECT_FALSE(w.findChild<TracePlot*>("tracePlot")->isVisibleTo(&w));
 }
 
+// Large enough that the points are checked in blocks: the survivors of each block keep their order
+// and their events, with a filter in force and with a colour column of its own gaps.
+TEST_F(MainWindowRefresh, NonFinitePointsOfALargeFileLeaveInOrder)
+{
+    const std::size_t n = 300000;
+    std::vector<double> area(n), deform(n), bright(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        area[i] = i % 7919 == 3 ? missing : 10.0 + static_cast<double>(i % 1000);
+        deform[i] = i % 104729 == 5 ? std::numeric_limits<double>::infinity() : 0.01;
+        bright[i] = i % 50021 == 11 ? missing : 100.0;
+    }
+    MainWindow& w = makeWindow();
+    w.openDataset(
+        writeColumns("gaps.vqd", { { "area_um", area }, { "deform", deform }, { "bright_avg", bright } }));
+    ASSERT_TRUE(waitUntilIdle());
+    w.datasets().front()->filter.addRule([] {
+        FilterRule rule;
+        rule.featureName = "area_um";
+        rule.minValue = 500;
+        rule.maxValue = 2000;
+        return rule;
+    }());
+    combo("colorFeatureCombo")->setCurrentIndex(combo("colorFeatureCombo")->findData("bright_avg"));
+
+    std::vector<int> expected;
+    for (std::size_t i = 0; i < n; ++i) {
+        if (area[i] >= 500 && std::isfinite(deform[i]) && std::isfinite(bright[i]))
+            expected.push_back(static_cast<int>(i));
+    }
+    ASSERT_EQ(w.plottedEvents(), expected);
+    ASSERT_EQ(w.plottedX().size(), expected.size());
+    for (std::size_t k = 0; k < expected.size(); k += 997)
+        EXPECT_EQ(w.plottedX()[k], area[static_cast<std::size_t>(expected[k])]) << k;
+    EXPECT_EQ(w.plottedColor(), std::vector<double>(expected.size(), 100.0));
+}
+
 TEST_F(MainWindowRefresh, LogAxesWarnAboutPointsTheyCannotDraw)
 {
     makeWindow();
