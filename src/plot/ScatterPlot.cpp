@@ -1,12 +1,13 @@
 #include "plot/ScatterPlot.h"
 
 #include "core/AxisRange.h"
+#include "core/ParallelBlocks.h"
 #include "core/ScaleModes.h"
 #include "plot/ColorMaps.h"
 #include "plot/CurveOverlay.h"
-#include "plot/LiftableCurve.h"
 #include "plot/DataBoundsItem.h"
 #include "plot/HighlightSymbol.h"
+#include "plot/LiftableCurve.h"
 #include "plot/PlotLayoutAccess.h"
 #include "plot/PseudoLogScaleEngine.h"
 #include "plot/RoundSpectroCurve.h"
@@ -16,7 +17,9 @@
 #include <QFrame>
 #include <QPainterPath>
 #include <QPen>
+#include <QThreadPool>
 #include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -36,6 +39,9 @@
 namespace Tessaly {
 
 namespace {
+
+// Points per block when the curves' samples are filled on the thread pool.
+constexpr std::size_t minimumSampleBlock = 100000;
 
 // The pick radius is 5 % of each axis, measured separately, so that a click lands on a point in
 // a sparse plot as well as in a dense one, whatever the aspect of the canvas.
@@ -212,10 +218,14 @@ void ScatterPlot::setData(const std::vector<double>& x, const std::vector<double
     setAxisTitle(QwtPlot::xBottom, xLabel);
     setAxisTitle(QwtPlot::yLeft, yLabel);
 
+    // The curves' own copies are filled in blocks on the thread pool.
+    const std::size_t blocks = parallelBlockCount(x.size(), minimumSampleBlock);
     if (!hasColors()) {
         QPolygonF points(static_cast<int>(x.size()));
-        for (std::size_t i = 0; i < x.size(); ++i)
-            points[static_cast<int>(i)] = QPointF(x[i], y[i]);
+        runInBlocks(x.size(), blocks, [&](std::size_t, std::size_t first, std::size_t last) {
+            for (std::size_t i = first; i < last; ++i)
+                points[static_cast<int>(i)] = QPointF(x[i], y[i]);
+        });
         plainCurve->setSamples(points);
         plainCurve->setVisible(true);
         colorCurve->setSamples(QVector<QwtPoint3D>());
@@ -223,8 +233,10 @@ void ScatterPlot::setData(const std::vector<double>& x, const std::vector<double
         hideColorBar();
     } else {
         QVector<QwtPoint3D> samples(static_cast<int>(x.size()));
-        for (std::size_t i = 0; i < x.size(); ++i)
-            samples[static_cast<int>(i)] = QwtPoint3D(x[i], y[i], colors[i]);
+        runInBlocks(x.size(), blocks, [&](std::size_t, std::size_t first, std::size_t last) {
+            for (std::size_t i = first; i < last; ++i)
+                samples[static_cast<int>(i)] = QwtPoint3D(x[i], y[i], colors[i]);
+        });
         colorCurve->setSamples(samples);
         colorCurve->setVisible(true);
         plainCurve->setSamples(QVector<QPointF>());
@@ -383,9 +395,21 @@ int ScatterPlot::axisScaleMode(int axis) const
 
 void ScatterPlot::updateDataBounds()
 {
-    const bool drawn = xData.size() == yData.size() && !xData.empty();
-    dataBounds->setRanges(drawn ? drawableRange(xData, scaleModes[QwtPlot::xBottom]) : AxisRange {},
-        drawn ? drawableRange(yData, scaleModes[QwtPlot::yLeft]) : AxisRange {});
+    if (xData.size() != yData.size() || xData.empty()) {
+        dataBounds->setRanges(AxisRange {}, AxisRange {});
+        return;
+    }
+    // The axes are independent: for many points x is measured on the pool while y is measured here.
+    const int xMode = scaleModes[QwtPlot::xBottom];
+    const int yMode = scaleModes[QwtPlot::yLeft];
+    if (xData.size() < minimumSampleBlock) {
+        dataBounds->setRanges(drawableRange(xData, xMode), drawableRange(yData, yMode));
+        return;
+    }
+    QFuture<AxisRange> xRange = QtConcurrent::run(
+        QThreadPool::globalInstance(), [this, xMode] { return drawableRange(xData, xMode); });
+    const AxisRange yRange = drawableRange(yData, yMode);
+    dataBounds->setRanges(xRange.result(), yRange);
 }
 
 void ScatterPlot::resetZoom()
