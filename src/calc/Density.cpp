@@ -264,15 +264,20 @@ struct CellBlock
     int xBins[binBlockSize];
 };
 
-// The cell (yBin * n + xBin) of points [first, first + count) of an n x n histogram; count is at
-// most binBlockSize.
-void cellBlock(const OffsetPoints& points, std::size_t first, std::size_t count, double xStep, double yStep,
-    int n, CellBlock& scratch, int* cells)
+// The offsets of points [first, first + count) from the lower corner; count is at most
+// binBlockSize.
+void offsetBlock(const OffsetPoints& points, std::size_t first, std::size_t count, CellBlock& scratch)
 {
     for (std::size_t i = 0; i < count; ++i) {
         scratch.xOffsets[i] = points.x[first + i] - points.xMinimum;
         scratch.yOffsets[i] = points.y[first + i] - points.yMinimum;
     }
+}
+
+// The cell (yBin * n + xBin) of an n x n histogram of each point whose offsets offsetBlock left in
+// `scratch`.
+void cellsOfOffsets(std::size_t count, double xStep, double yStep, int n, CellBlock& scratch, int* cells)
+{
     binBlock(scratch.xOffsets, count, xStep, n, scratch.xBins);
     binBlock(scratch.yOffsets, count, yStep, n, cells);
     for (std::size_t i = 0; i < count; ++i)
@@ -321,9 +326,10 @@ int optimalGridSizeOf(const OffsetPoints& points)
             int cells[binBlockSize];
             for (std::size_t first = from; first < to; first += binBlockSize) {
                 const std::size_t count = std::min(binBlockSize, to - first);
+                offsetBlock(points, first, count, scratch);
                 for (std::size_t c = start; c < end; ++c) {
                     const int n = candidates[c];
-                    cellBlock(points, first, count, points.xRange / n, points.yRange / n, n, scratch, cells);
+                    cellsOfOffsets(count, points.xRange / n, points.yRange / n, n, scratch, cells);
                     std::vector<int>& histogram = counts[c - start];
                     for (std::size_t i = 0; i < count; ++i)
                         ++histogram[static_cast<std::size_t>(cells[i])];
@@ -510,9 +516,11 @@ std::vector<double> histogramDensity(const std::vector<double>& x, const std::ve
     // Each point's cell is kept from the counting pass for the lookup.
     std::vector<int> cells(count);
     CellBlock scratch;
-    for (std::size_t first = 0; first < count; first += binBlockSize)
-        cellBlock(
-            points, first, std::min(binBlockSize, count - first), dx, dy, g, scratch, cells.data() + first);
+    for (std::size_t first = 0; first < count; first += binBlockSize) {
+        const std::size_t block = std::min(binBlockSize, count - first);
+        offsetBlock(points, first, block, scratch);
+        cellsOfOffsets(block, dx, dy, g, scratch, cells.data() + first);
+    }
     std::vector<int> counts(static_cast<std::size_t>(g) * static_cast<std::size_t>(g), 0);
     for (const int cell : cells)
         ++counts[static_cast<std::size_t>(cell)];
