@@ -3,8 +3,6 @@
 #include "calc/OrderStatistics.h"
 #include "core/ParallelBlocks.h"
 
-#include <QThreadPool>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <armadillo>
 #include <cmath>
@@ -413,10 +411,7 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     double spreadX = 0.0;
     double spreadY = 0.0;
     if (count >= 2 * minimumParallelBlock) {
-        QFuture<double> forX = QtConcurrent::run(
-            QThreadPool::globalInstance(), [&x, count] { return robustSpread(x, count); });
-        spreadY = robustSpread(y, count);
-        spreadX = forX.result();
+        runBoth([&] { spreadX = robustSpread(x, count); }, [&] { spreadY = robustSpread(y, count); });
     } else {
         spreadX = robustSpread(x, count);
         spreadY = robustSpread(y, count);

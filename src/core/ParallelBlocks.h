@@ -19,4 +19,8 @@ std::size_t parallelBlockCount(std::size_t count, std::size_t minimumBlock);
 void runInBlocks(std::size_t count, std::size_t blocks,
     const std::function<void(std::size_t block, std::size_t first, std::size_t last)>& work);
 
+// Runs two independent pieces of work at once, one of them on the calling thread, and returns
+// when both are done.
+void runBoth(const std::function<void()>& first, const std::function<void()>& second);
+
 } // namespace Tessaly

@@ -17,9 +17,7 @@
 #include <QFrame>
 #include <QPainterPath>
 #include <QPen>
-#include <QThreadPool>
 #include <QTimer>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -399,17 +397,17 @@ void ScatterPlot::updateDataBounds()
         dataBounds->setRanges(AxisRange {}, AxisRange {});
         return;
     }
-    // The axes are independent: for many points x is measured on the pool while y is measured here.
+    // The axes are independent: for many points both are measured at once.
     const int xMode = scaleModes[QwtPlot::xBottom];
     const int yMode = scaleModes[QwtPlot::yLeft];
     if (xData.size() < minimumSampleBlock) {
         dataBounds->setRanges(drawableRange(xData, xMode), drawableRange(yData, yMode));
         return;
     }
-    QFuture<AxisRange> xRange = QtConcurrent::run(
-        QThreadPool::globalInstance(), [this, xMode] { return drawableRange(xData, xMode); });
-    const AxisRange yRange = drawableRange(yData, yMode);
-    dataBounds->setRanges(xRange.result(), yRange);
+    AxisRange xRange;
+    AxisRange yRange;
+    runBoth([&] { xRange = drawableRange(xData, xMode); }, [&] { yRange = drawableRange(yData, yMode); });
+    dataBounds->setRanges(xRange, yRange);
 }
 
 void ScatterPlot::resetZoom()

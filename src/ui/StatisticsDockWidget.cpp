@@ -1,16 +1,15 @@
 #include "ui/StatisticsDockWidget.h"
 
+#include "core/ParallelBlocks.h"
 #include "stats/DistributionStats.h"
 #include "ui/DatasetText.h"
 #include "ui/WrappingHeaderView.h"
 
 #include <QEvent>
 #include <QHeaderView>
-#include <QThreadPool>
 #include <QTreeWidget>
 #include <QTreeWidgetItem>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 
 namespace Tessaly {
@@ -63,11 +62,10 @@ void StatisticsDockWidget::updateStatistics(
     if (x.empty() || y.empty())
         return;
 
-    // The two axes are independent: x on the pool while y is worked out here.
-    QFuture<DistributionStats> forX
-        = QtConcurrent::run(QThreadPool::globalInstance(), [&x] { return computeDistributionStats(x); });
-    const DistributionStats sy = computeDistributionStats(y);
-    const DistributionStats sx = forX.result();
+    // The two axes are independent and worked out at once.
+    DistributionStats sx;
+    DistributionStats sy;
+    runBoth([&] { sx = computeDistributionStats(x); }, [&] { sy = computeDistributionStats(y); });
     const auto& names = StatisticsText::rowNames;
 
     // Both vectors come from the same plotted points, so x's count stands for both.

@@ -40,3 +40,12 @@ TEST(ParallelBlocks, SmallWorkStaysInOneBlock)
     EXPECT_LE(parallelBlockCount(1000000, 1000), 1000u);
     EXPECT_EQ(parallelBlockCount(5, 0), parallelBlockCount(5, 1));
 }
+
+TEST(ParallelBlocks, BothPiecesRunOnceEach)
+{
+    std::atomic<int> first { 0 };
+    std::atomic<int> second { 0 };
+    runBoth([&] { first += 1; }, [&] { second += 10; });
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 10);
+}
