@@ -329,3 +329,42 @@ TEST(Density, ColorByKeysSelectTheMethod)
     EXPECT_EQ(densityMethodForColorBy("deform"), -1);
     EXPECT_EQ(densityMethodForColorBy("x__density_hist__"), -1);
 }
+
+// Enough points that the counting passes run in blocks on the thread pool: the estimate of each
+// point can't depend on where its block begins, so shuffling the points only shuffles the
+// estimates (up to the rounding of the spread's sum, whose order changes).
+TEST(Density, ManyPointsGiveTheSameEstimateInAnyOrder)
+{
+    const std::size_t n = 120000;
+    std::vector<double> x(n), y(n);
+    std::uint64_t state = 12345;
+    const auto next = [&state] {
+        state = state * 6364136223846793005ULL + 1442695040888963407ULL;
+        return static_cast<double>(state >> 11) / 9007199254740992.0;
+    };
+    for (std::size_t i = 0; i < n; ++i) {
+        // Two clusters of unequal size, so that the halves of the data differ.
+        const double u = next();
+        x[i] = (i % 3 == 0 ? 10.0 : 40.0) + 8.0 * (u + next() - 1.0);
+        y[i] = (i % 3 == 0 ? 0.02 : 0.05) + 0.01 * (next() - 0.5);
+    }
+    std::vector<std::size_t> order(n);
+    for (std::size_t i = 0; i < n; ++i)
+        order[i] = (i * 7919) % n; // a permutation: 7919 is prime and doesn't divide n
+    std::vector<double> px(n), py(n);
+    for (std::size_t i = 0; i < n; ++i) {
+        px[i] = x[order[i]];
+        py[i] = y[order[i]];
+    }
+    KernelDensityFit fit;
+    const std::vector<double> density = computeDensity(x, y, KernelDensity, &fit);
+    const std::vector<double> shuffled = computeDensity(px, py, KernelDensity);
+    ASSERT_EQ(fit.densities, density);
+    EXPECT_EQ(fit.x, x);
+    double largest = 0.0;
+    for (const double d : density)
+        largest = std::max(largest, d);
+    ASSERT_GT(largest, 0.0);
+    for (std::size_t i = 0; i < n; i += 7)
+        ASSERT_NEAR(shuffled[i], density[order[i]], 1e-9 * largest) << i;
+}
