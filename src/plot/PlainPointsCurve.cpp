@@ -13,7 +13,8 @@ void PlainPointsCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, c
     const QwtScaleMap& yMap, const QRectF& canvasRect, int from, int to) const
 {
     const auto* array = dynamic_cast<const QwtArraySeriesData<QPointF>*>(data());
-    if (!array || from > to || testPaintAttribute(QwtPlotCurve::FilterPoints)) {
+    // Without a valid canvas rectangle the library keeps every point; that case is left to it.
+    if (!array || from > to || testPaintAttribute(QwtPlotCurve::FilterPoints) || !canvasRect.isValid()) {
         QwtPlotCurve::drawSymbols(painter, symbol, xMap, yMap, canvasRect, from, to);
         return;
     }
@@ -28,12 +29,16 @@ void PlainPointsCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, c
     std::vector<DotStamp> stamps(static_cast<std::size_t>(to - from + 1));
     // The library keeps a point whose centre lies within the canvas, borders included, and puts
     // the symbol at the nearest whole pixel, halves rounded away from zero. A position that is
-    // not a number (a log axis at zero or below) draws nothing.
+    // not a number (a log axis below zero) draws nothing; it fails every comparison.
+    const double left = canvasRect.left();
+    const double right = canvasRect.right();
+    const double top = canvasRect.top();
+    const double bottom = canvasRect.bottom();
     DotTiles::forChunks(stamps.size(), 1 << 15, [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             const double x = xMap.transform(points[i].x());
             const double y = yMap.transform(points[i].y());
-            if (std::isnan(x) || std::isnan(y) || !canvasRect.contains(x, y)) {
+            if (!(x >= left && x <= right && y >= top && y <= bottom)) {
                 stamps[i].sprite = DotStamp::none;
                 continue;
             }

@@ -67,17 +67,22 @@ SpriteDotLayer::SpriteDotLayer(QPainter* painter_, const QwtSymbol& symbol, cons
         symbol.drawSymbols(&p, &origin, 1);
     }
     spriteSize = std::max(pixmap.width(), pixmap.height());
-    sprite.assign(static_cast<std::size_t>(spriteSize) * spriteSize, 0u);
+    // Rows are stored with room for transparent pixels up to the next whole group of pixels that
+    // are blended at once.
+    wideRuns = PixelBlend::hasAvx2();
+    const int group = wideRuns ? 8 : 4;
+    spriteStride = (spriteSize + group - 1) / group * group;
+    sprite.assign(static_cast<std::size_t>(spriteSize) * spriteStride, 0u);
     for (int row = 0; row < pixmap.height(); ++row) {
         const auto* line = reinterpret_cast<const std::uint32_t*>(pixmap.constScanLine(row));
         std::copy(
-            line, line + pixmap.width(), sprite.begin() + static_cast<std::ptrdiff_t>(row) * spriteSize);
+            line, line + pixmap.width(), sprite.begin() + static_cast<std::ptrdiff_t>(row) * spriteStride);
     }
     // A transparent pixel leaves the device as it is, so rows are blended from their first to
     // their last painted pixel only.
     spans.assign(static_cast<std::size_t>(spriteSize) * 2, 0);
     for (int row = 0; row < spriteSize; ++row) {
-        const std::uint32_t* line = sprite.data() + static_cast<std::ptrdiff_t>(row) * spriteSize;
+        const std::uint32_t* line = sprite.data() + static_cast<std::ptrdiff_t>(row) * spriteStride;
         int first = spriteSize;
         int last = -1;
         for (int col = 0; col < spriteSize; ++col) {
@@ -89,12 +94,31 @@ SpriteDotLayer::SpriteDotLayer(QPainter* painter_, const QwtSymbol& symbol, cons
         spans[row * 2] = last < 0 ? 0 : first;
         spans[row * 2 + 1] = last + 1;
     }
-    if (spriteSize <= 32) {
+    // Transparent pixels leave the device alone, so a symbol within its tile blends each row in
+    // whole groups from its first painted pixel on, or up to the row's stored end.
+    runs.assign(static_cast<std::size_t>(spriteSize) * 2, 0);
+    for (int row = 0; row < spriteSize; ++row) {
+        const int length = (spans[row * 2 + 1] - spans[row * 2] + group - 1) / group * group;
+        runs[row * 2] = std::min(spans[row * 2], spriteStride - length);
+        runs[row * 2 + 1] = length;
+    }
+    source16.resize(sprite.size() * 4);
+    inverse16.resize(sprite.size() * 4);
+    for (std::size_t i = 0; i < sprite.size(); ++i) {
+        for (int channel = 0; channel < 4; ++channel) {
+            source16[4 * i + channel] = static_cast<std::uint16_t>((sprite[i] >> (8 * channel)) & 0xffu);
+            inverse16[4 * i + channel] = static_cast<std::uint16_t>(255u - (sprite[i] >> 24));
+        }
+    }
+    // Without an opaque pixel no symbol ever hides another, and there is nothing to look for.
+    const bool anyOpaque
+        = std::any_of(sprite.begin(), sprite.end(), [](std::uint32_t p) { return p >> 24 == 255; });
+    if (spriteSize <= 32 && anyOpaque) {
         coverBits.assign(static_cast<std::size_t>(spriteSize), 0u);
         opaqueBits.assign(coverBits.size(), 0u);
         for (int row = 0; row < spriteSize; ++row) {
             for (int col = 0; col < spriteSize; ++col) {
-                const std::uint32_t alpha = sprite[static_cast<std::size_t>(row) * spriteSize + col] >> 24;
+                const std::uint32_t alpha = sprite[static_cast<std::size_t>(row) * spriteStride + col] >> 24;
                 if (alpha != 0)
                     coverBits[row] |= 1u << col;
                 if (alpha == 255)
@@ -130,16 +154,39 @@ SpriteDotLayer::SpriteDotLayer(QPainter* painter_, const QwtSymbol& symbol, cons
 void SpriteDotLayer::blend(
     const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const
 {
+    std::uint32_t* origin = bits + static_cast<std::ptrdiff_t>(stamp.top) * stride + stamp.left;
+    // Most symbols lie wholly within their tile and take the runs prepared for them.
+    if (stamp.left >= clipLeft && stamp.left + spriteStride <= clipRight && stamp.top >= clipTop
+        && stamp.top + spriteSize <= clipBottom) {
+#if defined(TESSALY_PIXELBLEND_AVX2)
+        if (wideRuns) {
+            for (int row = 0; row < spriteSize; ++row) {
+                const std::size_t at = static_cast<std::size_t>(row) * spriteStride + runs[row * 2];
+                PixelBlend::overRowPrepared8(
+                    origin + static_cast<std::ptrdiff_t>(row) * stride + runs[row * 2],
+                    source16.data() + 4 * at, inverse16.data() + 4 * at, runs[row * 2 + 1]);
+            }
+            return;
+        }
+#endif
+        for (int row = 0; row < spriteSize; ++row) {
+            const std::size_t at = static_cast<std::size_t>(row) * spriteStride + runs[row * 2];
+            PixelBlend::overRowPrepared(origin + static_cast<std::ptrdiff_t>(row) * stride + runs[row * 2],
+                source16.data() + 4 * at, inverse16.data() + 4 * at, runs[row * 2 + 1]);
+        }
+        return;
+    }
     const int rowBegin = std::max(0, clipTop - stamp.top);
     const int rowEnd = std::min(spriteSize, clipBottom - stamp.top);
+    const int low = std::max(0, clipLeft - stamp.left);
+    const int high = std::min(spriteSize, clipRight - stamp.left);
     for (int row = rowBegin; row < rowEnd; ++row) {
-        const int colBegin = std::max<int>(spans[row * 2], clipLeft - stamp.left);
-        const int colEnd = std::min<int>(spans[row * 2 + 1], clipRight - stamp.left);
+        const int colBegin = std::max(spans[row * 2], low);
+        const int colEnd = std::min(spans[row * 2 + 1], high);
         if (colBegin >= colEnd)
             continue;
-        std::uint32_t* dst = bits + static_cast<std::ptrdiff_t>(stamp.top + row) * stride + stamp.left;
-        PixelBlend::overRow(dst + colBegin,
-            sprite.data() + static_cast<std::ptrdiff_t>(row) * spriteSize + colBegin, colEnd - colBegin);
+        PixelBlend::overRow(origin + static_cast<std::ptrdiff_t>(row) * stride + colBegin,
+            sprite.data() + static_cast<std::ptrdiff_t>(row) * spriteStride + colBegin, colEnd - colBegin);
     }
 }
 

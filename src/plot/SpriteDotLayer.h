@@ -69,10 +69,16 @@ private:
     int offsetX = 0; // symbol centre in painter coordinates -> layer pixel of the pixmap's corner
     int offsetY = 0;
     int spriteSize = 0; // the pixmap, padded to a square of this size
-    std::vector<std::uint32_t> sprite; // premultiplied, spriteSize x spriteSize
+    int spriteStride = 0; // stored row length, in pixels
+    bool wideRuns = false; // runs in groups of eight, blended with AVX2, else of four
+    std::vector<std::uint32_t> sprite; // premultiplied, spriteSize rows of spriteStride
     std::vector<int> spans; // per row, its first and one past its last painted column
+    std::vector<int> runs; // per row, first column and length of its run in groups of four
+    // The sprite's channels as 16-bit values, and 255 minus each pixel's alpha in four copies.
+    std::vector<std::uint16_t> source16;
+    std::vector<std::uint16_t> inverse16;
     // Per sprite row, bit c where column c is painted at all and where opaque; empty for sprites
-    // wider than 32 pixels.
+    // wider than 32 pixels and for those without an opaque pixel.
     std::vector<std::uint32_t> coverBits;
     std::vector<std::uint32_t> opaqueBits;
 };
