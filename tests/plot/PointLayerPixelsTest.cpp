@@ -7,6 +7,7 @@
 
 #include <QImage>
 #include <QPainter>
+#include <QPicture>
 #include <QTest>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -243,4 +244,50 @@ TEST(PointLayerPixels, PlainPointsOnScreenMatchTheLibrarysSymbols)
     }
     std::string first;
     EXPECT_EQ(differences(images[0], images[1], first), 0) << first;
+}
+
+// Exports at another resolution scale the painter, a picture records vector commands, and a
+// painter may sit between pixels: the library then paints each symbol itself, and so must the
+// plot.
+TEST(PointLayerPixels, PlainPointsOnOtherPaintersAreTheLibrarysOwn)
+{
+    const Case& c = cases[1];
+    const Points points = pointsFor(c);
+    struct Painter
+    {
+        const char* what;
+        QTransform transform;
+        bool throughPicture;
+    };
+    const Painter painters[] = {
+        { "scaled", QTransform::fromScale(1.5, 1.5), false },
+        { "between pixels", QTransform::fromTranslate(0.5, 0.25), false },
+        { "a picture", QTransform(), true },
+    };
+    for (const Painter& p : painters) {
+        SCOPED_TRACE(p.what);
+        QImage images[2];
+        for (int fast = 0; fast < 2; ++fast) {
+            QwtPlot plot;
+            setUpPlot(plot, c);
+            QwtPlotCurve* curve
+                = fast ? plainCurve<PlainPointsCurve>(points.xy) : plainCurve<QwtPlotCurve>(points.xy);
+            curve->attach(&plot);
+            images[fast] = QImage(800, 600, QImage::Format_RGB32);
+            images[fast].fill(Qt::white);
+            QPainter painter(&images[fast]);
+            painter.setTransform(p.transform);
+            if (p.throughPicture) {
+                QPicture picture;
+                QPainter recorder(&picture);
+                QwtPlotRenderer().render(&plot, &recorder, QRectF(0, 0, 500, 380));
+                recorder.end();
+                painter.drawPicture(0, 0, picture);
+            } else {
+                QwtPlotRenderer().render(&plot, &painter, QRectF(0, 0, 500, 380));
+            }
+        }
+        std::string first;
+        EXPECT_EQ(differences(images[0], images[1], first), 0) << first;
+    }
 }
