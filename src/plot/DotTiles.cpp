@@ -16,7 +16,7 @@ struct TileSpan
 
 } // namespace
 
-DotTiles::DotTiles(int width_, int height_, int extent_, const std::vector<DotStamp>& stamps)
+DotTiles::DotTiles(int width_, int height_, int extent_, const DotStamps& stamps)
     : width(std::max(width_, 0))
     , height(std::max(height_, 0))
     , extent(std::max(extent_, 0))

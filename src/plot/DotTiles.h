@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace Tessaly {
@@ -17,11 +19,30 @@ struct DotStamp
     // Marks a dot that is not drawn (not finite, transparent or off the layer).
     static constexpr std::uint32_t none = 0xffffffffu;
 
-    std::int32_t left = 0;
-    std::int32_t top = 0;
-    std::uint32_t sprite = none;
-    QRgb color = 0;
+    std::int32_t left;
+    std::int32_t top;
+    std::uint32_t sprite;
+    QRgb color;
 };
+
+// Leaves new elements uninitialised: a million stamps are written by parallel chunks right after,
+// and clearing them first would be a pass over 16 MB on one thread.
+template <class T> struct UninitialisedAllocator : std::allocator<T>
+{
+    template <class U> struct rebind
+    {
+        using other = UninitialisedAllocator<U>;
+    };
+    UninitialisedAllocator() = default;
+    template <class U> UninitialisedAllocator(const UninitialisedAllocator<U>&) noexcept { }
+    template <class U> void construct(U* p) noexcept { ::new (static_cast<void*>(p)) U; }
+    template <class U, class... Args> void construct(U* p, Args&&... args)
+    {
+        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+};
+
+using DotStamps = std::vector<DotStamp, UninitialisedAllocator<DotStamp>>;
 
 // Draws many small sprites onto a layer tile by tile. Points come in file order, scattered over
 // the whole canvas, so blending them one after another onto a canvas-sized layer misses the cache
@@ -37,7 +58,7 @@ public:
 
     // Files the stamps of sprites `extent` pixels square under the tiles of a width x height
     // layer. Stamps marked none or entirely off the layer go into no tile.
-    DotTiles(int width, int height, int extent, const std::vector<DotStamp>& stamps);
+    DotTiles(int width, int height, int extent, const DotStamps& stamps);
 
     std::size_t tileCount() const { return tileStart.size() - 1; }
     // How many (tile, stamp) pairs were filed: a stamp over a tile border counts in each tile.
@@ -63,7 +84,7 @@ private:
     int height = 0;
     int columns = 0;
     int extent = 0;
-    std::vector<DotStamp> filed; // grouped by tile, in series order within a tile
+    DotStamps filed; // grouped by tile, in series order within a tile
     std::vector<std::size_t> tileStart; // tile t holds filed[tileStart[t], tileStart[t + 1])
 };
 

@@ -26,7 +26,7 @@ void PlainPointsCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, c
 
     const QVector<QPointF> samples = array->samples();
     const QPointF* points = samples.constData() + from;
-    std::vector<DotStamp> stamps(static_cast<std::size_t>(to - from + 1));
+    DotStamps stamps(static_cast<std::size_t>(to - from + 1));
     // The library keeps a point whose centre lies within the canvas, borders included, and puts
     // the symbol at the nearest whole pixel, halves rounded away from zero. A position that is
     // not a number (a log axis below zero) draws nothing; it fails every comparison.

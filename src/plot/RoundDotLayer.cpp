@@ -107,7 +107,7 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
     }
 }
 
-void RoundDotLayer::addDots(const std::vector<DotStamp>& stamps)
+void RoundDotLayer::addDots(const DotStamps& stamps)
 {
     if (!active)
         return;

@@ -38,7 +38,7 @@ public:
 
     // Blends the dots, later ones over earlier ones, tile by tile in parallel; stamps marked none
     // are skipped. The pixels are the same as from addDot on each dot in turn.
-    void addDots(const std::vector<DotStamp>& stamps);
+    void addDots(const DotStamps& stamps);
 
     // Blends one dot at once, pixel by pixel: the plain definition of what addDots does.
     inline void addDot(double x, double y, QRgb color);

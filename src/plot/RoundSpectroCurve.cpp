@@ -39,7 +39,7 @@ void RoundSpectroCurve::drawDots(QPainter* painter, const QwtScaleMap& xMap, con
     if (layer.isActive()) {
         const std::vector<QRgb>& colors = colorCache.colorsFor(samples, dataGeneration, *map, range);
         const std::size_t first = static_cast<std::size_t>(from);
-        std::vector<DotStamp> stamps(static_cast<std::size_t>(to - from + 1));
+        DotStamps stamps(static_cast<std::size_t>(to - from + 1));
         const auto* array = dynamic_cast<const QwtArraySeriesData<QwtPoint3D>*>(&samples);
         if (array) {
             // The scale maps and their transforms are const and keep no state: safe on the pool.

@@ -190,7 +190,7 @@ void SpriteDotLayer::blend(
     }
 }
 
-void SpriteDotLayer::addDots(const std::vector<DotStamp>& stamps)
+void SpriteDotLayer::addDots(const DotStamps& stamps)
 {
     if (!active || layer.isNull())
         return;

@@ -37,11 +37,12 @@ public:
         stamp.left = x + offsetX;
         stamp.top = y + offsetY;
         stamp.sprite = 0;
+        stamp.color = 0;
         return stamp;
     }
 
     // Blends the symbols, later ones over earlier ones; stamps marked none are skipped.
-    void addDots(const std::vector<DotStamp>& stamps);
+    void addDots(const DotStamps& stamps);
 
     // Puts the layer back onto the device. Call once, after the last dot.
     void finish();

@@ -119,7 +119,7 @@ TEST(DotTiles, EveryPixelGetsItsDotsInSeriesOrder)
     std::mt19937 rng(5);
     std::uniform_int_distribution<int> x(-8, width + 3);
     std::uniform_int_distribution<int> y(-8, height + 3);
-    std::vector<DotStamp> stamps(3000);
+    DotStamps stamps(3000);
     for (std::size_t i = 0; i < stamps.size(); ++i) {
         stamps[i].left = x(rng);
         stamps[i].top = y(rng);
@@ -176,7 +176,7 @@ TEST(DotTiles, DotsHiddenByLaterOpaqueDotsAreSkipped)
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.what);
-        std::vector<DotStamp> stamps;
+        DotStamps stamps;
         for (const auto& [left, top, color] : row.dots) {
             DotStamp stamp;
             stamp.left = left;
