@@ -8,8 +8,9 @@ FUZZ_SECONDS ?= 120
 ASAN_DIR ?= build-asan
 TSAN_DIR ?= build-tsan
 # The tests that run reads on the thread pool beside the interface thread: the main window's (its
-# preload) and the reader's, whose lock they share.
-TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters)\.
+# preload) and the reader's, whose lock they share; and those that paint scatter points, which are
+# blended on the pool.
+TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|PointLayerPixels|DotTiles|ScatterPlotDots|ScatterPlotRender)\.
 # ThreadSanitizer's allocator has no heap checks, so a probe there need not notice the heap damage a
 # malformed file does inside libhdf5; the test that relies on the probe noticing it is left out.
 TSAN_EXCLUDE ?= FilesThatCrashTheFileLibrary

@@ -6,8 +6,10 @@ namespace Tessaly {
 
 namespace {
 
-// Large enough that a chunk's count of every tile is small beside its work.
-constexpr std::size_t chunkSize = 1 << 16;
+// Chunks are large enough that a chunk's count of every tile is small beside its work, and few
+// enough that their counts stay small beside the stamps.
+constexpr std::size_t smallestChunk = 1 << 16;
+constexpr std::size_t mostChunks = 64;
 
 struct TileSpan
 {
@@ -45,6 +47,7 @@ DotTiles::DotTiles(int width_, int height_, int extent_, const DotStamps& stamps
 
     // Each chunk of the series counts its stamps per tile; a tile's stamps from chunk c then go
     // after those of all earlier chunks, which keeps the series order within every tile.
+    const std::size_t chunkSize = std::max(smallestChunk, (stamps.size() + mostChunks - 1) / mostChunks);
     const std::size_t chunks = std::max<std::size_t>(1, (stamps.size() + chunkSize - 1) / chunkSize);
     std::vector<std::size_t> counts(chunks * tiles, 0);
     forChunks(stamps.size(), chunkSize, [&](std::size_t begin, std::size_t end) {

@@ -138,6 +138,10 @@ SpriteDotLayer::SpriteDotLayer(QPainter* painter_, const QwtSymbol& symbol, cons
     const QRegion systemClip = painter->paintEngine()->systemClip();
     if (!systemClip.isEmpty())
         area &= systemClip.boundingRect();
+    // A copy larger than this (in pixels) is not worth its memory; the library draws instead.
+    constexpr double largestLayerArea = 64.0 * 1024 * 1024;
+    if (static_cast<double>(area.width()) * area.height() > largestLayerArea)
+        return;
     deviceRect = area;
     if (!deviceRect.isEmpty()) {
         layer = image->copy(deviceRect);

@@ -112,37 +112,43 @@ TEST(PixelBlend, RowsBlendExactlyAsThePainter)
 TEST(DotTiles, EveryPixelGetsItsDotsInSeriesOrder)
 {
     // A layer of 3 x 2 tiles with a ragged right and bottom edge; dots of 5 x 5 pixels straddle
-    // tile borders, the layer's edges and lie beyond them; some are marked as not drawn.
+    // tile borders, the layer's edges and lie beyond them; some are marked as not drawn. A long
+    // series is sorted in several chunks on the pool.
     const int width = 150;
     const int height = 100;
     const int extent = 5;
-    std::mt19937 rng(5);
-    std::uniform_int_distribution<int> x(-8, width + 3);
-    std::uniform_int_distribution<int> y(-8, height + 3);
-    DotStamps stamps(3000);
-    for (std::size_t i = 0; i < stamps.size(); ++i) {
-        stamps[i].left = x(rng);
-        stamps[i].top = y(rng);
-        stamps[i].sprite = i % 17 == 0 ? DotStamp::none : 0;
-        stamps[i].color = static_cast<QRgb>(i); // translucent: nothing is culled
-    }
-    RecordingLayer layer { width, extent, std::vector<std::uint32_t>(extent, 0x1f),
-        std::vector<std::uint32_t>(extent), std::vector<std::vector<std::uint32_t>>(width * height) };
+    for (const std::size_t count : { 3000, 150000 }) {
+        SCOPED_TRACE(count);
+        std::mt19937 rng(5);
+        std::uniform_int_distribution<int> x(-8, width + 3);
+        std::uniform_int_distribution<int> y(-8, height + 3);
+        DotStamps stamps(count);
+        for (std::size_t i = 0; i < stamps.size(); ++i) {
+            stamps[i].left = x(rng);
+            stamps[i].top = y(rng);
+            stamps[i].sprite = i % 17 == 0 ? DotStamp::none : 0;
+            stamps[i].color = static_cast<QRgb>(i); // translucent: nothing is culled
+        }
+        RecordingLayer layer { width, extent, std::vector<std::uint32_t>(extent, 0x1f),
+            std::vector<std::uint32_t>(extent), std::vector<std::vector<std::uint32_t>>(width * height) };
 
-    const DotTiles tiles(width, height, extent, stamps);
-    EXPECT_EQ(tiles.tileCount(), 6u);
-    tiles.draw(layer);
+        const DotTiles tiles(width, height, extent, stamps);
+        EXPECT_EQ(tiles.tileCount(), 6u);
+        tiles.draw(layer);
 
-    std::vector<std::vector<std::uint32_t>> expected(width * height);
-    for (std::size_t i = 0; i < stamps.size(); ++i) {
-        if (stamps[i].sprite == DotStamp::none)
-            continue;
-        for (int py = std::max(0, int(stamps[i].top)); py < std::min(height, stamps[i].top + extent); ++py)
-            for (int px = std::max(0, int(stamps[i].left)); px < std::min(width, stamps[i].left + extent);
-                 ++px)
-                expected[static_cast<std::size_t>(py) * width + px].push_back(static_cast<std::uint32_t>(i));
+        std::vector<std::vector<std::uint32_t>> expected(width * height);
+        for (std::size_t i = 0; i < stamps.size(); ++i) {
+            if (stamps[i].sprite == DotStamp::none)
+                continue;
+            for (int py = std::max(0, int(stamps[i].top)); py < std::min(height, stamps[i].top + extent);
+                 ++py)
+                for (int px = std::max(0, int(stamps[i].left)); px < std::min(width, stamps[i].left + extent);
+                     ++px)
+                    expected[static_cast<std::size_t>(py) * width + px].push_back(
+                        static_cast<std::uint32_t>(i));
+        }
+        EXPECT_TRUE(layer.blendsAt == expected);
     }
-    EXPECT_TRUE(layer.blendsAt == expected);
 }
 
 TEST(DotTiles, DotsHiddenByLaterOpaqueDotsAreSkipped)
