@@ -97,10 +97,16 @@ SpriteDotLayer::SpriteDotLayer(QPainter* painter_, const QwtSymbol& symbol, cons
     // Transparent pixels leave the device alone, so a symbol within its tile blends each row in
     // whole groups from its first painted pixel on, or up to the row's stored end.
     runs.assign(static_cast<std::size_t>(spriteSize) * 2, 0);
+    firstRun = spriteSize;
+    endRun = 0;
     for (int row = 0; row < spriteSize; ++row) {
         const int length = (spans[row * 2 + 1] - spans[row * 2] + group - 1) / group * group;
         runs[row * 2] = std::min(spans[row * 2], spriteStride - length);
         runs[row * 2 + 1] = length;
+        if (length > 0) {
+            firstRun = std::min(firstRun, row);
+            endRun = row + 1;
+        }
     }
     source16.resize(sprite.size() * 4);
     inverse16.resize(sprite.size() * 4);
@@ -164,7 +170,7 @@ void SpriteDotLayer::blend(
         && stamp.top + spriteSize <= clipBottom) {
 #if defined(TESSALY_PIXELBLEND_AVX2)
         if (wideRuns) {
-            for (int row = 0; row < spriteSize; ++row) {
+            for (int row = firstRun; row < endRun; ++row) {
                 const std::size_t at = static_cast<std::size_t>(row) * spriteStride + runs[row * 2];
                 PixelBlend::overRowPrepared8(
                     origin + static_cast<std::ptrdiff_t>(row) * stride + runs[row * 2],
@@ -173,7 +179,7 @@ void SpriteDotLayer::blend(
             return;
         }
 #endif
-        for (int row = 0; row < spriteSize; ++row) {
+        for (int row = firstRun; row < endRun; ++row) {
             const std::size_t at = static_cast<std::size_t>(row) * spriteStride + runs[row * 2];
             PixelBlend::overRowPrepared(origin + static_cast<std::ptrdiff_t>(row) * stride + runs[row * 2],
                 source16.data() + 4 * at, inverse16.data() + 4 * at, runs[row * 2 + 1]);

@@ -74,7 +74,9 @@ private:
     bool wideRuns = false; // runs in groups of eight, blended with AVX2, else of four
     std::vector<std::uint32_t> sprite; // premultiplied, spriteSize rows of spriteStride
     std::vector<int> spans; // per row, its first and one past its last painted column
-    std::vector<int> runs; // per row, first column and length of its run in groups of four
+    std::vector<int> runs; // per row, first column and length of its run in whole groups
+    int firstRun = 0; // the rows with a run
+    int endRun = 0;
     // The sprite's channels as 16-bit values, and 255 minus each pixel's alpha in four copies.
     std::vector<std::uint16_t> source16;
     std::vector<std::uint16_t> inverse16;
