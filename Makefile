@@ -8,12 +8,15 @@ FUZZ_SECONDS ?= 120
 ASAN_DIR ?= build-asan
 TSAN_DIR ?= build-tsan
 # The tests that run work on the thread pool beside the interface thread: the main window's (its
-# preload, the refresh's density and statistics), the reader's, whose lock they share, and the
-# blocks of work that the numerics hand to the pool.
-TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|ParallelBlocks|Contours|StatisticsDockWidget)\.
+# preload, the refresh's density and statistics), the reader's, whose lock they share, the blocks of
+# work that the numerics hand to the pool, and those that paint scatter points, which are blended
+# on the pool.
+TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|ParallelBlocks|Contours|Density|StatisticsDockWidget|PointLayerPixels|DotTiles|ScatterPlotDots|ScatterPlotRender)\.
 # ThreadSanitizer's allocator has no heap checks, so a probe there need not notice the heap damage a
-# malformed file does inside libhdf5; the test that relies on the probe noticing it is left out.
-TSAN_EXCLUDE ?= FilesThatCrashTheFileLibrary
+# malformed file does inside libhdf5; the test that relies on the probe noticing it is left out. So
+# is the refresh of a large example file, whose writing alone takes many minutes there; the
+# threaded passes it covers run in smaller tests.
+TSAN_EXCLUDE ?= FilesThatCrashTheFileLibrary|LargeFileGivesTheSameBits
 SUPPRESSIONS := $(CURDIR)/sanitizers
 # Sanitizer builds: clang, light optimisation, line tables for the reports. Tests are listed when
 # ctest runs, so that the sanitizer options below apply to the listing too.

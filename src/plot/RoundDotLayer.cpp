@@ -66,6 +66,9 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
     const int maskCount = subpixelSteps * subpixelSteps;
     masks.assign(area * maskCount, 0);
     rowSpans.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
+    const bool withBits = maskSize <= 32;
+    coverBits.assign(withBits ? static_cast<std::size_t>(maskSize) * maskCount : 0, 0u);
+    opaqueBits.assign(coverBits.size(), 0u);
 
     QImage canvas(maskSize, maskSize, QImage::Format_ARGB32_Premultiplied);
     const double radius = deviceDiameter * 0.5;
@@ -89,6 +92,10 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
             for (int col = 0; col < maskSize; ++col) {
                 const int alpha = qAlpha(line[col]);
                 coverage[row * maskSize + col] = static_cast<std::uint8_t>(alpha);
+                if (withBits && alpha != 0)
+                    coverBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
+                if (withBits && alpha == 255)
+                    opaqueBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
                 if (alpha != 0) {
                     first = std::min(first, col);
                     last = col;
@@ -98,6 +105,14 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
             spans[row * 2 + 1] = static_cast<std::uint16_t>(last + 1);
         }
     }
+}
+
+void RoundDotLayer::addDots(const DotStamps& stamps)
+{
+    if (!active)
+        return;
+    const DotTiles tiles(width, height, maskSize, stamps);
+    tiles.draw(*this);
 }
 
 void RoundDotLayer::finish()

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "plot/DotTiles.h"
+#include "plot/PixelBlend.h"
+
 #include <QImage>
 #include <QRectF>
 #include <QRgb>
@@ -14,9 +17,9 @@ namespace Tessaly {
 
 // Paints many antialiased round dots of one diameter quickly: each dot is blended from a coverage
 // mask, rendered once per sub-pixel offset, into a transparent layer over the canvas, and the
-// layer is drawn onto the painter at the end. Blending is the painter's own source-over with the
-// coverage as constant alpha, so the result matches drawing each dot as an ellipse, later dots on
-// top, up to placement to an eighth of a pixel and rounding in the last bit.
+// layer is drawn onto the painter at the end. Many dots are blended tile by tile in parallel. Blending is the
+// painter's own source-over with the coverage as constant alpha, so the result matches drawing each dot as an
+// ellipse, later dots on top, up to placement to an eighth of a pixel and rounding in the last bit.
 //
 // It works only on raster devices under a transform of translation and equal scaling, without
 // opacity or an unusual composition mode; isActive() is false otherwise (vector devices such as
@@ -28,29 +31,41 @@ public:
 
     bool isActive() const { return active; }
 
-    // A dot centred at (x, y) in the painter's coordinates, in a colour with straight alpha.
-    // Dots that are transparent, not finite or entirely off the layer are skipped.
+    // Where a dot centred at (x, y) in the painter's coordinates, in a colour with straight alpha,
+    // lands on the layer; false for dots that are transparent, not finite or entirely off the layer.
+    // Safe to call from several threads at once.
+    inline bool stampFor(double x, double y, QRgb color, DotStamp& stamp) const;
+
+    // Blends the dots, later ones over earlier ones, tile by tile in parallel; stamps marked none
+    // are skipped. The pixels are the same as from addDot on each dot in turn.
+    void addDots(const DotStamps& stamps);
+
+    // Blends one dot at once, pixel by pixel: the plain definition of what addDots does.
     inline void addDot(double x, double y, QRgb color);
 
     // Draws the layer onto the painter. Call once, after the last dot.
     void finish();
+
+    // For DotTiles: blends one dot within the layer pixels [clipLeft, clipRight) x [clipTop,
+    // clipBottom), and tells per row of its mask which columns it paints and which it makes opaque.
+    inline void blend(const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const;
+    const std::uint32_t* coverRows(const DotStamp& stamp) const
+    {
+        return coverBits.empty() ? nullptr
+                                 : coverBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
+    }
+    const std::uint32_t* opaqueRows(const DotStamp& stamp) const
+    {
+        if (coverBits.empty() || qAlpha(stamp.color) != 255)
+            return nullptr;
+        return opaqueBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
+    }
 
 private:
     // Dots are placed to 1/8 pixel, well below what the eye can tell at the edge of a dot.
     static constexpr int subpixelSteps = 8;
 
     void buildMasks(double deviceDiameter);
-
-    static inline std::uint32_t byteMul(std::uint32_t x, std::uint32_t a)
-    {
-        std::uint32_t t = (x & 0xff00ffu) * a;
-        t = (t + ((t >> 8) & 0xff00ffu) + 0x800080u) >> 8;
-        t &= 0xff00ffu;
-        x = ((x >> 8) & 0xff00ffu) * a;
-        x = x + ((x >> 8) & 0xff00ffu) + 0x800080u;
-        x &= 0xff00ff00u;
-        return x | t;
-    }
 
     QPainter* painter = nullptr;
     bool active = false;
@@ -68,26 +83,42 @@ private:
     // its last covered column.
     std::vector<std::uint8_t> masks;
     std::vector<std::uint16_t> rowSpans;
+    // Per mask row, bit c where column c is covered at all and where fully; empty for masks wider
+    // than 32 pixels.
+    std::vector<std::uint32_t> coverBits;
+    std::vector<std::uint32_t> opaqueBits;
 };
 
-inline void RoundDotLayer::addDot(double x, double y, QRgb color)
+inline bool RoundDotLayer::stampFor(double x, double y, QRgb color, DotStamp& stamp) const
 {
     if (qAlpha(color) == 0)
-        return;
+        return false;
     const double px = x * scaleX + offsetX;
     const double py = y * scaleY + offsetY;
     // Also false for NaN, which a log axis makes of values at or below zero.
     if (!(px > -maskSize && px < width + maskSize && py > -maskSize && py < height + maskSize))
-        return;
+        return false;
     const int qx = static_cast<int>(std::floor(px * subpixelSteps + 0.5));
     const int qy = static_cast<int>(std::floor(py * subpixelSteps + 0.5));
     const int shiftX = qx & (subpixelSteps - 1);
     const int shiftY = qy & (subpixelSteps - 1);
-    const int left = (qx - shiftX) / subpixelSteps - maskCentre;
-    const int top = (qy - shiftY) / subpixelSteps - maskCentre;
-    const int mask = shiftY * subpixelSteps + shiftX;
-    const std::uint8_t* coverage = masks.data() + static_cast<std::size_t>(mask) * maskSize * maskSize;
-    const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(mask) * maskSize * 2;
+    stamp.left = (qx - shiftX) / subpixelSteps - maskCentre;
+    stamp.top = (qy - shiftY) / subpixelSteps - maskCentre;
+    stamp.sprite = static_cast<std::uint32_t>(shiftY * subpixelSteps + shiftX);
+    stamp.color = color;
+    return true;
+}
+
+inline void RoundDotLayer::addDot(double x, double y, QRgb color)
+{
+    DotStamp stamp;
+    if (!stampFor(x, y, color, stamp))
+        return;
+    const int left = stamp.left;
+    const int top = stamp.top;
+    const std::uint8_t* coverage
+        = masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
+    const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(color);
     const bool opaque = qAlpha(color) == 255;
 
@@ -106,9 +137,29 @@ inline void RoundDotLayer::addDot(double x, double y, QRgb color)
                 dst[col] = premultiplied;
                 continue;
             }
-            const std::uint32_t src = c == 255 ? premultiplied : byteMul(premultiplied, c);
-            dst[col] = src + byteMul(dst[col], 255u - (src >> 24));
+            const std::uint32_t src = c == 255 ? premultiplied : PixelBlend::byteMul(premultiplied, c);
+            dst[col] = src + PixelBlend::byteMul(dst[col], 255u - (src >> 24));
         }
+    }
+}
+
+inline void RoundDotLayer::blend(
+    const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const
+{
+    const std::uint8_t* coverage
+        = masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
+    const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+    const std::uint32_t premultiplied = qPremultiply(stamp.color);
+    const int rowBegin = std::max(0, clipTop - stamp.top);
+    const int rowEnd = std::min(maskSize, clipBottom - stamp.top);
+    for (int row = rowBegin; row < rowEnd; ++row) {
+        const int colBegin = std::max<int>(spans[row * 2], clipLeft - stamp.left);
+        const int colEnd = std::min<int>(spans[row * 2 + 1], clipRight - stamp.left);
+        if (colBegin >= colEnd)
+            continue;
+        std::uint32_t* dst = bits + static_cast<std::ptrdiff_t>(stamp.top + row) * stride + stamp.left;
+        PixelBlend::coverageOverRow(
+            dst + colBegin, coverage + row * maskSize + colBegin, premultiplied, colEnd - colBegin);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "plot/RoundSpectroCurve.h"
 
+#include "plot/DotTiles.h"
 #include "plot/RoundDotLayer.h"
 
 #include <QPainter>
@@ -16,6 +17,13 @@ const QwtSeriesData<QwtPoint3D>& RoundSpectroCurve::series() const
     return *store->data();
 }
 
+void RoundSpectroCurve::dataChanged()
+{
+    ++dataGeneration;
+    colorCache.clear();
+    QwtPlotSpectroCurve::dataChanged();
+}
+
 void RoundSpectroCurve::drawDots(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
     const QRectF& canvasRect, int from, int to) const
 {
@@ -29,10 +37,30 @@ void RoundSpectroCurve::drawDots(QPainter* painter, const QwtScaleMap& xMap, con
     // Raster devices take the pre-rendered dots; vector devices get one ellipse per point.
     RoundDotLayer layer(painter, canvasRect, penWidth());
     if (layer.isActive()) {
-        for (int i = from; i <= to; ++i) {
-            const QwtPoint3D sample = samples.sample(static_cast<size_t>(i));
-            layer.addDot(xMap.transform(sample.x()), yMap.transform(sample.y()), map->rgb(range, sample.z()));
+        const std::vector<QRgb>& colors = colorCache.colorsFor(samples, dataGeneration, *map, range);
+        const std::size_t first = static_cast<std::size_t>(from);
+        DotStamps stamps(static_cast<std::size_t>(to - from + 1));
+        const auto* array = dynamic_cast<const QwtArraySeriesData<QwtPoint3D>*>(&samples);
+        if (array) {
+            // The scale maps and their transforms are const and keep no state: safe on the pool.
+            const QVector<QwtPoint3D> points = array->samples();
+            const QwtPoint3D* data = points.constData() + first;
+            DotTiles::forChunks(stamps.size(), 1 << 15, [&](std::size_t begin, std::size_t end) {
+                for (std::size_t i = begin; i < end; ++i) {
+                    if (!layer.stampFor(xMap.transform(data[i].x()), yMap.transform(data[i].y()),
+                            colors[first + i], stamps[i]))
+                        stamps[i].sprite = DotStamp::none;
+                }
+            });
+        } else {
+            for (std::size_t i = 0; i < stamps.size(); ++i) {
+                const QwtPoint3D sample = samples.sample(first + i);
+                if (!layer.stampFor(
+                        xMap.transform(sample.x()), yMap.transform(sample.y()), colors[first + i], stamps[i]))
+                    stamps[i].sprite = DotStamp::none;
+            }
         }
+        layer.addDots(stamps);
         layer.finish();
         return;
     }

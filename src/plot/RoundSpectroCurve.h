@@ -1,5 +1,8 @@
 #pragma once
 
+#include "plot/DotColorCache.h"
+
+#include <cstdint>
 #include <qwt_plot_spectrocurve.h>
 
 namespace Tessaly {
@@ -18,9 +21,14 @@ public:
 protected:
     void drawDots(QPainter* painter, const QwtScaleMap& xMap, const QwtScaleMap& yMap,
         const QRectF& canvasRect, int from, int to) const override;
+    void dataChanged() override;
 
 private:
     const QwtSeriesData<QwtPoint3D>& series() const;
+
+    // Painting happens on the user interface thread only; the colours are kept between paints.
+    mutable DotColorCache colorCache;
+    std::uint64_t dataGeneration = 0;
 };
 
 } // namespace Tessaly

@@ -8,6 +8,7 @@
 #include "plot/DataBoundsItem.h"
 #include "plot/HighlightSymbol.h"
 #include "plot/LiftableCurve.h"
+#include "plot/PlainPointsCurve.h"
 #include "plot/PlotLayoutAccess.h"
 #include "plot/PseudoLogScaleEngine.h"
 #include "plot/RoundSpectroCurve.h"
@@ -136,7 +137,7 @@ void ScatterPlot::setupPlot()
 
     // Every point is drawn, so the curve must not weed out points that fall on the same pixel:
     // with a translucent fill they darken where they pile up.
-    plainCurve = new QwtPlotCurve;
+    plainCurve = new PlainPointsCurve;
     plainCurve->setStyle(QwtPlotCurve::NoCurve);
     plainCurve->setPaintAttribute(QwtPlotCurve::FilterPoints, false);
     plainCurve->setRenderHint(QwtPlotItem::RenderAntialiased, true);

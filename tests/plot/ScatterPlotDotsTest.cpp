@@ -152,3 +152,31 @@ TEST(ScatterPlotDots, DotsAreRoundAndLaterPointsCoverEarlierOnes)
     // A value without colour draws nothing.
     EXPECT_EQ(image.pixelColor(89, 89), QColor(Qt::white));
 }
+
+TEST(ScatterPlotDots, KeptColoursFollowTheDataTheMapAndTheRange)
+{
+    // Colours are kept from one paint to the next; each of these changes must show at once.
+    const std::unique_ptr<RoundSpectroCurve> curve(curveWith({ QwtPoint3D(40.0, 40.0, 0.0) }));
+    const auto centre = [&] { return drawDots(*curve, false).pixelColor(39, 39); };
+    EXPECT_EQ(centre(), QColor(68, 1, 84));
+    EXPECT_EQ(centre(), QColor(68, 1, 84));
+
+    curve->setSamples(QVector<QwtPoint3D> { QwtPoint3D(40.0, 40.0, 1.0) });
+    EXPECT_EQ(centre(), QColor(253, 231, 37));
+
+    curve->setColorMap(colorMapFor(GrayscaleMap));
+    EXPECT_EQ(centre(), QColor(Qt::white));
+    // The same map anew, as the plot sets it on every change: the colours stay right.
+    curve->setColorMap(colorMapFor(GrayscaleMap));
+    EXPECT_EQ(centre(), QColor(Qt::white));
+
+    curve->setColorRange(QwtInterval(0.0, 2.0));
+    EXPECT_EQ(centre(), QColor(128, 128, 128));
+    curve->setColorMap(colorMapFor(JetMap));
+    EXPECT_EQ(centre(), QColor(Qt::green));
+    // Maps with stops at the same places.
+    curve->setColorMap(colorMapFor(ViridisMap));
+    EXPECT_EQ(centre(), QColor(33, 145, 140));
+    curve->setColorMap(colorMapFor(PlasmaMap));
+    EXPECT_EQ(centre(), QColor(204, 71, 120));
+}

@@ -1,0 +1,77 @@
+#include "plot/DotColorCache.h"
+
+#include "plot/DotTiles.h"
+
+#include <cstring>
+#include <qwt_color_map.h>
+
+namespace Tessaly {
+
+namespace {
+
+// What a linear colour map does, in full: its colours at every stop and half way between two
+// stops (where a map of fixed colours differs from an interpolating one). Two linear maps with the
+// same print map every value alike. Empty for any other kind of map.
+std::vector<QRgb> printOf(const QwtColorMap& map)
+{
+    const auto* linear = dynamic_cast<const QwtLinearColorMap*>(&map);
+    if (!linear)
+        return {};
+    const QwtInterval unit(0.0, 1.0);
+    const QVector<double> stops = linear->colorStops();
+    std::vector<QRgb> print;
+    for (int i = 0; i < stops.size(); ++i) {
+        std::uint64_t position = 0;
+        std::memcpy(&position, &stops[i], sizeof position);
+        print.push_back(static_cast<QRgb>(position));
+        print.push_back(static_cast<QRgb>(position >> 32));
+        print.push_back(map.rgb(unit, stops[i]));
+        if (i + 1 < stops.size()) {
+            for (const double share : { 0.25, 0.5, 0.75 })
+                print.push_back(map.rgb(unit, stops[i] + share * (stops[i + 1] - stops[i])));
+        }
+    }
+    print.push_back(static_cast<QRgb>(linear->mode()));
+    return print;
+}
+
+} // namespace
+
+const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D>& series,
+    std::uint64_t dataGeneration, const QwtColorMap& map, const QwtInterval& range)
+{
+    std::vector<QRgb> print = printOf(map);
+    const std::size_t count = series.size();
+    if (valid && !print.empty() && print == mapPrint && generation == dataGeneration && range == cachedRange
+        && colors.size() == count)
+        return colors;
+
+    colors.resize(count);
+    const auto* array = dynamic_cast<const QwtArraySeriesData<QwtPoint3D>*>(&series);
+    if (array) {
+        // The map's rgb() is const and keeps no state, so the pool may call it from every thread.
+        const QVector<QwtPoint3D> samples = array->samples();
+        const QwtPoint3D* points = samples.constData();
+        DotTiles::forChunks(count, 1 << 15, [&](std::size_t begin, std::size_t end) {
+            for (std::size_t i = begin; i < end; ++i)
+                colors[i] = map.rgb(range, points[i].z());
+        });
+    } else {
+        for (std::size_t i = 0; i < count; ++i)
+            colors[i] = map.rgb(range, series.sample(i).z());
+    }
+    valid = !print.empty();
+    mapPrint = std::move(print);
+    generation = dataGeneration;
+    cachedRange = range;
+    return colors;
+}
+
+void DotColorCache::clear()
+{
+    valid = false;
+    colors.clear();
+    colors.shrink_to_fit();
+}
+
+} // namespace Tessaly

@@ -1,0 +1,170 @@
+#pragma once
+
+#include <QRgb>
+#include <QtConcurrent/QtConcurrentMap>
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <numeric>
+#include <utility>
+#include <vector>
+
+namespace Tessaly {
+
+// One dot placed on a layer: the layer pixel of its sprite's top-left corner, which sprite it
+// uses, and its colour with straight alpha (unused where the sprite has colours of its own).
+struct DotStamp
+{
+    // Marks a dot that is not drawn (not finite, transparent or off the layer).
+    static constexpr std::uint32_t none = 0xffffffffu;
+
+    std::int32_t left;
+    std::int32_t top;
+    std::uint32_t sprite;
+    QRgb color;
+};
+
+// Leaves new elements uninitialised: a million stamps are written by parallel chunks right after,
+// and clearing them first would be a pass over 16 MB on one thread.
+template <class T> struct UninitialisedAllocator : std::allocator<T>
+{
+    template <class U> struct rebind
+    {
+        using other = UninitialisedAllocator<U>;
+    };
+    UninitialisedAllocator() = default;
+    template <class U> UninitialisedAllocator(const UninitialisedAllocator<U>&) noexcept { }
+    template <class U> void construct(U* p) noexcept { ::new (static_cast<void*>(p)) U; }
+    template <class U, class... Args> void construct(U* p, Args&&... args)
+    {
+        ::new (static_cast<void*>(p)) U(std::forward<Args>(args)...);
+    }
+};
+
+using DotStamps = std::vector<DotStamp, UninitialisedAllocator<DotStamp>>;
+
+// Draws many small sprites onto a layer tile by tile. Points come in file order, scattered over
+// the whole canvas, so blending them one after another onto a canvas-sized layer misses the cache
+// at nearly every dot. Cut into tiles of 16 kB, each tile's dots are blended while the tile stays
+// in the cache. A stable counting sort files every dot under each tile it touches, in series
+// order, so every pixel receives the same blends in the same order as when the dots are drawn one
+// after another: the result is the same to the bit. Tiles share no pixels, so they are drawn in
+// parallel on the global thread pool.
+class DotTiles
+{
+public:
+    static constexpr int tileSize = 64;
+
+    // Files the stamps of sprites `extent` pixels square under the tiles of a width x height
+    // layer. Stamps marked none or entirely off the layer go into no tile.
+    DotTiles(int width, int height, int extent, const DotStamps& stamps);
+
+    std::size_t tileCount() const { return tileStart.size() - 1; }
+    // How many (tile, stamp) pairs were filed: a stamp over a tile border counts in each tile.
+    std::size_t filedCount() const { return filed.size(); }
+
+    // Blends every stamp of every tile onto `layer`, in series order within a tile, tiles in
+    // parallel. The layer provides
+    //   void blend(const DotStamp&, int left, int top, int right, int bottom) const
+    // which must touch only the pixels [left, right) x [top, bottom), and
+    //   const std::uint32_t* coverRows(const DotStamp&) const
+    //   const std::uint32_t* opaqueRows(const DotStamp&) const
+    // which give per row of the sprite the columns it paints and the columns it leaves opaque (bit
+    // c for column c), or null where the sprite is wider than 32 pixels (nothing is culled then).
+    // A dot whose painted pixels are all made opaque by later dots is not blended: the later
+    // blends overwrite those pixels whatever lies below them, so the result is the same.
+    template <class Layer> void draw(const Layer& layer) const;
+
+    // Calls work(begin, end) on consecutive ranges of [0, count) in parallel.
+    template <class Work> static void forChunks(std::size_t count, std::size_t chunkSize, const Work& work);
+
+private:
+    int width = 0;
+    int height = 0;
+    int columns = 0;
+    int extent = 0;
+    DotStamps filed; // grouped by tile, in series order within a tile
+    std::vector<std::size_t> tileStart; // tile t holds filed[tileStart[t], tileStart[t + 1])
+};
+
+template <class Layer> void DotTiles::draw(const Layer& layer) const
+{
+    static_assert(tileSize == 64, "a tile row is one 64-bit word of flags");
+    std::vector<std::size_t> tiles(tileCount());
+    std::iota(tiles.begin(), tiles.end(), std::size_t { 0 });
+    QtConcurrent::blockingMap(tiles, [&](std::size_t tile) {
+        const int left = static_cast<int>(tile % static_cast<std::size_t>(columns)) * tileSize;
+        const int top = static_cast<int>(tile / static_cast<std::size_t>(columns)) * tileSize;
+        const int right = std::min(left + tileSize, width);
+        const int bottom = std::min(top + tileSize, height);
+        const DotStamp* first = filed.data() + tileStart[tile];
+        const std::size_t count = tileStart[tile + 1] - tileStart[tile];
+
+        // Back to front: a dot is needed while some pixel it paints is not yet opaque.
+        thread_local std::vector<std::uint8_t> needed;
+        needed.assign(count, 0);
+        const std::uint64_t fullRow
+            = right - left == 64 ? ~std::uint64_t { 0 } : (std::uint64_t { 1 } << (right - left)) - 1;
+        std::uint64_t opaque[tileSize] = {};
+        int opaqueRowCount = 0;
+        for (std::size_t k = count; k-- > 0;) {
+            const DotStamp& stamp = first[k];
+            const std::uint32_t* cover = layer.coverRows(stamp);
+            if (!cover) {
+                needed[k] = 1;
+                continue;
+            }
+            const std::uint32_t* fill = layer.opaqueRows(stamp);
+            const int shift = stamp.left - left;
+            const auto place = [shift](std::uint32_t bits) -> std::uint64_t {
+                if (shift >= 0)
+                    return shift < 64 ? std::uint64_t { bits } << shift : 0;
+                return shift > -32 ? std::uint64_t { bits } >> -shift : 0;
+            };
+            const int rowBegin = std::max(0, top - stamp.top);
+            const int rowEnd = std::min(extent, bottom - stamp.top);
+            bool visible = false;
+            for (int row = rowBegin; row < rowEnd && !visible; ++row)
+                visible = (place(cover[row]) & ~opaque[stamp.top + row - top] & fullRow) != 0;
+            if (!visible)
+                continue;
+            needed[k] = 1;
+            if (!fill)
+                continue;
+            for (int row = rowBegin; row < rowEnd; ++row) {
+                std::uint64_t& flags = opaque[stamp.top + row - top];
+                if ((flags & fullRow) == fullRow)
+                    continue;
+                flags |= place(fill[row]);
+                if ((flags & fullRow) == fullRow)
+                    ++opaqueRowCount;
+            }
+            // Once the whole tile is opaque, nothing drawn before shows.
+            if (opaqueRowCount == bottom - top)
+                break;
+        }
+        for (std::size_t k = 0; k < count; ++k) {
+            if (needed[k])
+                layer.blend(first[k], left, top, right, bottom);
+        }
+    });
+}
+
+template <class Work> void DotTiles::forChunks(std::size_t count, std::size_t chunkSize, const Work& work)
+{
+    if (count == 0)
+        return;
+    std::vector<std::size_t> chunks((count + chunkSize - 1) / chunkSize);
+    std::iota(chunks.begin(), chunks.end(), std::size_t { 0 });
+    if (chunks.size() == 1) {
+        work(std::size_t { 0 }, count);
+        return;
+    }
+    QtConcurrent::blockingMap(chunks, [&](std::size_t chunk) {
+        const std::size_t begin = chunk * chunkSize;
+        work(begin, std::min(begin + chunkSize, count));
+    });
+}
+
+} // namespace Tessaly
