@@ -15,16 +15,20 @@
 
 namespace {
 
-void editRangeBound(benchmark::State& state)
+// The main window with `files` example files of `events` events loaded, the first one active.
+void openExamples(Tessaly::MainWindow& window, std::size_t events, std::size_t files)
 {
-    Tessaly::MainWindow window;
     window.resize(1400, 900);
     window.show();
-    // A peer, so that the peer marks are computed too.
-    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
-    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0)) + 1));
-    while (window.datasets().size() < 2 || window.isPreloadRunning() || window.isCheckingFile())
+    for (std::size_t file = 0; file < files; ++file)
+        window.openDataset(Tessaly::Bench::exampleFeatureFile(events + file));
+    while (window.datasets().size() < files || window.isPreloadRunning() || window.isCheckingFile())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+}
+
+// The upper bound of a new range rule on area_um, added in the filter dock.
+QDoubleSpinBox* addAreaRule(Tessaly::MainWindow& window)
+{
     auto* dock = window.findChild<Tessaly::FilterDockWidget*>();
     for (QPushButton* button : dock->findChildren<QPushButton*>()) {
         if (button->text() == Tessaly::FilterDockTexts::addRule)
@@ -33,7 +37,15 @@ void editRangeBound(benchmark::State& state)
     QWidget* row = dock->ruleRow(0);
     auto* combo = row->findChild<QComboBox*>();
     combo->setCurrentIndex(combo->findData(QStringLiteral("area_um")));
-    QDoubleSpinBox* maximum = row->findChildren<QDoubleSpinBox*>().at(1);
+    return row->findChildren<QDoubleSpinBox*>().at(1);
+}
+
+void editRangeBound(benchmark::State& state)
+{
+    Tessaly::MainWindow window;
+    // A peer, so that the peer marks are computed too.
+    openExamples(window, static_cast<std::size_t>(state.range(0)), 2);
+    QDoubleSpinBox* maximum = addAreaRule(window);
     auto* plot = window.findChild<Tessaly::ScatterPlot*>("scatterPlot");
     bool wide = false;
     for (auto _ : state) {
@@ -52,20 +64,8 @@ void editRangeBound(benchmark::State& state)
 void stepBoundInBursts(benchmark::State& state)
 {
     Tessaly::MainWindow window;
-    window.resize(1400, 900);
-    window.show();
-    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
-    while (window.isPreloadRunning() || window.isCheckingFile())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-    auto* dock = window.findChild<Tessaly::FilterDockWidget*>();
-    for (QPushButton* button : dock->findChildren<QPushButton*>()) {
-        if (button->text() == Tessaly::FilterDockTexts::addRule)
-            button->click();
-    }
-    QWidget* row = dock->ruleRow(0);
-    auto* combo = row->findChild<QComboBox*>();
-    combo->setCurrentIndex(combo->findData(QStringLiteral("area_um")));
-    QDoubleSpinBox* maximum = row->findChildren<QDoubleSpinBox*>().at(1);
+    openExamples(window, static_cast<std::size_t>(state.range(0)), 1);
+    QDoubleSpinBox* maximum = addAreaRule(window);
     maximum->setValue(200.0);
     QCoreApplication::processEvents();
     int refreshes = 0;
