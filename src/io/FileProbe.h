@@ -1,10 +1,13 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QProcess;
 
 namespace Tessaly {
+
+class VQDReader;
 
 // Why a file is not opened, in a user's words: the second line of the "Failed to open" box and the
 // text of the log line.
@@ -27,6 +30,16 @@ inline const QString structureScope = QStringLiteral("structure");
 inline const QString columnsScope = QStringLiteral("columns");
 } // namespace FileProbeTexts
 
+// Which of the columns a probe decodes when several share them: those whose place among the sorted
+// scalar features is `part` modulo `parts`. With an `output` the columns are handed over there
+// instead of being kept; the first part alone also reads the first and last frames and traces.
+struct ColumnShare
+{
+    int part = 0;
+    int parts = 1;
+    QString output;
+};
+
 // Damaged files can crash or hang the HDF5 library itself while it parses their structure or
 // decodes their data, where no exception handling reaches. A separate probe process reads such a
 // file first and takes the fault: before opening, what opening reads (metadata, the lists of
@@ -46,6 +59,19 @@ public:
     // other than the interface's.
     static bool check(const QString& path, QString* failure = nullptr, Scope scope = Scope::Structure);
 
+    // The check of every column, by several probes at once, each over its share of the columns, and
+    // each handing the columns it decoded over to `reader` (see ColumnHandover), so that they are
+    // decoded once, on all cores. True, as check() is, when every probe finished without fault or
+    // there is no probe program; `reader` then holds what was handed over, and the program reads the
+    // rest itself. On false `failure` says why and `reader` may hold some columns. Waits for the
+    // probes: for threads other than the interface's.
+    static bool checkColumns(const QString& path, VQDReader& reader, QString* failure = nullptr);
+    // How many probes checkColumns runs: one per core, at most four, since each also opens the file.
+    static int columnProbeCount();
+    // Where hand-overs are written: a folder in memory where the system has one, else the folder
+    // for temporary files.
+    static QString handoverFolder();
+
     // Why `path` can't be an HDF5 file that this process may read, found without the library: it is
     // missing, a folder, not readable, or has no HDF5 signature. Empty when nothing stands in the way.
     static QString refusalBeforeProbe(const QString& path);
@@ -61,7 +87,9 @@ public:
     static int timeLimit();
 
     // Starts the probe of `path` in `process`, with the heap checks on and its error stream kept.
-    static void start(QProcess& process, const QString& executable, const QString& path, Scope scope);
+    // `options` go before the path (see runProbe).
+    static void start(QProcess& process, const QString& executable, const QString& path, Scope scope,
+        const QStringList& options = {});
     // Judges a probe that ended (or was stopped past the time limit, `timedOut`): empty when it got
     // through, else the reason. The probe's own lines reach the log when it failed.
     static QString outcome(QProcess& process, bool timedOut, Scope scope);
@@ -69,7 +97,11 @@ public:
     // What the probe program runs: exit code 0 when the file was read through, cannotOpenExitCode
     // when it could not be opened. A crash or a hang never returns.
     static constexpr int cannotOpenExitCode = 3;
-    static int runProbe(const QString& path, Scope scope);
+    static int runProbe(const QString& path, Scope scope, const ColumnShare& share = {});
+    // The options that make the probe program run `share`, and the way back from them: false for
+    // options that aren't a share's.
+    static QStringList shareOptions(const ColumnShare& share);
+    static bool parseShareOptions(QStringList& arguments, ColumnShare& share);
 };
 
 } // namespace Tessaly

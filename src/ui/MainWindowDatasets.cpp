@@ -176,13 +176,14 @@ void MainWindow::startPreload(int row)
     statusLabel->setText(MainWindowTexts::cachingText.arg(entry->displayName));
     // The task keeps the reader alive by its own reference, so that closing the program while it
     // runs can't pull the reader from under it; it touches nothing else. The columns are decoded
-    // by the probe first: a file whose data crashes the library is then refused, not fatal.
+    // by the probes first, which hand them over: a file whose data crashes the library is then
+    // refused, not fatal. Only what they did not hand over is read here.
     std::shared_ptr<VQDReader> reader = entry->reader;
     auto failure = std::make_shared<QString>();
     preloadFailure = failure;
     const QString path = QString::fromStdString(entry->filePath);
     preloadWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path] {
-        if (FileProbe::check(path, failure.get(), FileProbe::Scope::Columns))
+        if (FileProbe::checkColumns(path, *reader, failure.get()))
             reader->cacheAllFeatures();
     }));
 }
