@@ -1,21 +1,15 @@
 #include "io/FileProbe.h"
 
-#include "core/FeatureCatalogue.h"
 #include "io/ColumnHandover.h"
+#include "io/ColumnShare.h"
 #include "io/VQDReader.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDebug>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QProcessEnvironment>
-#include <QTemporaryFile>
-#include <QThread>
-#include <algorithm>
-#include <memory>
 #include <mutex>
 
 namespace Tessaly {
@@ -176,136 +170,29 @@ bool FileProbe::check(const QString& path, QString* failure, Scope scope)
     return reason.isEmpty();
 }
 
-int FileProbe::columnProbeCount()
-{
-    return std::clamp(QThread::idealThreadCount(), 1, 4);
-}
-
-QString FileProbe::handoverFolder()
-{
-    // Hand-overs are as large as the columns; in a folder in memory they never reach a disk.
-    const QFileInfo memory(QStringLiteral("/dev/shm"));
-    if (memory.isDir() && memory.isWritable())
-        return memory.filePath();
-    return QDir::tempPath();
-}
-
-bool FileProbe::checkColumns(const QString& path, VQDReader& reader, QString* failure)
-{
-    const QString executable = availableProgram();
-    if (executable.isEmpty())
-        return true;
-    struct Probe
-    {
-        std::unique_ptr<QTemporaryFile> output;
-        std::unique_ptr<QProcess> process;
-    };
-    const int parts = columnProbeCount();
-    std::vector<Probe> probes;
-    for (int part = 0; part < parts; ++part) {
-        Probe probe { std::make_unique<QTemporaryFile>(
-                          handoverFolder() + QStringLiteral("/tessaly-columns-XXXXXX")),
-            std::make_unique<QProcess>() };
-        // Without a file to hand over in, the probe still checks; the program then reads it all.
-        const QString output = probe.output->open() ? probe.output->fileName() : QString();
-        probe.output->close();
-        start(*probe.process, executable, path, Scope::Columns, shareOptions({ part, parts, output }));
-        probes.push_back(std::move(probe));
-    }
-    const QDeadlineTimer deadline(timeLimit());
-    QString reason;
-    for (Probe& probe : probes) {
-        // A probe that can't start is no verdict on the file, as in check().
-        if (!probe.process->waitForStarted())
-            continue;
-        bool timedOut = false;
-        if (!probe.process->waitForFinished(
-                static_cast<int>(std::max<qint64>(deadline.remainingTime(), 1)))) {
-            probe.process->kill();
-            probe.process->waitForFinished();
-            timedOut = true;
-        }
-        reason = outcome(*probe.process, timedOut, Scope::Columns);
-        if (!reason.isEmpty())
-            break;
-        // Taken in while the other probes still decode, on the core that this one has left.
-        if (!probe.output->fileName().isEmpty())
-            ColumnHandover::adoptFile(probe.output->fileName(), reader);
-        // The hand-over is as large as its columns; it goes as soon as it has been read.
-        probe.output->remove();
-    }
-    // After a refusal the remaining probes are of no use.
-    for (Probe& probe : probes) {
-        if (probe.process->state() != QProcess::NotRunning) {
-            probe.process->kill();
-            probe.process->waitForFinished();
-        }
-    }
-    if (failure)
-        *failure = reason;
-    return reason.isEmpty();
-}
-
-QStringList FileProbe::shareOptions(const ColumnShare& share)
-{
-    if (share.output.isEmpty() && share.parts == 1)
-        return {};
-    QStringList options { QStringLiteral("--part"),
-        QStringLiteral("%1/%2").arg(share.part).arg(share.parts) };
-    if (!share.output.isEmpty())
-        options << QStringLiteral("--output") << share.output;
-    return options;
-}
-
-bool FileProbe::parseShareOptions(QStringList& arguments, ColumnShare& share)
-{
-    while (arguments.size() >= 2 && arguments.first().startsWith(QLatin1String("--"))) {
-        const QString option = arguments.takeFirst();
-        const QString value = arguments.takeFirst();
-        if (option == QLatin1String("--output")) {
-            share.output = value;
-        } else if (option == QLatin1String("--part")) {
-            const QStringList numbers = value.split(QLatin1Char('/'));
-            bool partOk = false;
-            bool partsOk = false;
-            if (numbers.size() != 2)
-                return false;
-            share.part = numbers[0].toInt(&partOk);
-            share.parts = numbers[1].toInt(&partsOk);
-            if (!partOk || !partsOk || share.parts < 1 || share.part < 0 || share.part >= share.parts)
-                return false;
-        } else {
-            return false;
-        }
-    }
-    return true;
-}
-
-int FileProbe::runProbe(const QString& path, Scope scope, const ColumnShare& share)
+int FileProbe::runProbe(const QString& path, Scope scope, const ColumnShare* share)
 {
     VQDReader reader;
     if (!reader.open(path.toStdString()))
         return cannotOpenExitCode;
     reader.readMetadata();
-    const std::vector<std::string> names = reader.featureNames();
-    if (scope == Scope::Columns && share.output.isEmpty() && share.parts == 1) {
+    reader.featureNames();
+    if (scope == Scope::Columns && !share) {
         reader.cacheAllFeatures();
     } else if (scope == Scope::Columns) {
-        QFile output(share.output);
-        bool handingOver = !share.output.isEmpty()
+        QFile output(share->output);
+        bool handingOver = !share->output.isEmpty()
             && output.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)
             && ColumnHandover::writeStart(output);
-        int index = 0;
-        for (const std::string& name : names) {
-            if (!isScalarFeature(name) || index++ % share.parts != share.part)
-                continue;
-            // Every column of the share is decoded, whether or not it can still be handed over.
+        for (const std::string& name : share->columns) {
+            // Every column of the share is decoded, whether or not it can still be handed over; none
+            // is kept, so that the probe holds one column at a time.
             const std::optional<std::vector<double>> column = reader.readFeatureUncached(name);
             if (column && handingOver)
                 handingOver = ColumnHandover::writeColumn(output, name, *column);
         }
     }
-    if (share.part != 0) {
+    if (share && !share->frames) {
         reader.close();
         return 0;
     }

@@ -7,7 +7,7 @@ class QProcess;
 
 namespace Tessaly {
 
-class VQDReader;
+struct ColumnShare;
 
 // Why a file is not opened, in a user's words: the second line of the "Failed to open" box and the
 // text of the log line.
@@ -30,16 +30,6 @@ inline const QString structureScope = QStringLiteral("structure");
 inline const QString columnsScope = QStringLiteral("columns");
 } // namespace FileProbeTexts
 
-// Which of the columns a probe decodes when several share them: those whose place among the sorted
-// scalar features is `part` modulo `parts`. With an `output` the columns are handed over there
-// instead of being kept; the first part alone also reads the first and last frames and traces.
-struct ColumnShare
-{
-    int part = 0;
-    int parts = 1;
-    QString output;
-};
-
 // Damaged files can crash or hang the HDF5 library itself while it parses their structure or
 // decodes their data, where no exception handling reaches. A separate probe process reads such a
 // file first and takes the fault: before opening, what opening reads (metadata, the lists of
@@ -58,19 +48,6 @@ public:
     // `failure` (if given) says why, as one of the FileProbeTexts. Waits for the probe: for threads
     // other than the interface's.
     static bool check(const QString& path, QString* failure = nullptr, Scope scope = Scope::Structure);
-
-    // The check of every column, by several probes at once, each over its share of the columns, and
-    // each handing the columns it decoded over to `reader` (see ColumnHandover), so that they are
-    // decoded once, on all cores. True, as check() is, when every probe finished without fault or
-    // there is no probe program; `reader` then holds what was handed over, and the program reads the
-    // rest itself. On false `failure` says why and `reader` may hold some columns. Waits for the
-    // probes: for threads other than the interface's.
-    static bool checkColumns(const QString& path, VQDReader& reader, QString* failure = nullptr);
-    // How many probes checkColumns runs: one per core, at most four, since each also opens the file.
-    static int columnProbeCount();
-    // Where hand-overs are written: a folder in memory where the system has one, else the folder
-    // for temporary files.
-    static QString handoverFolder();
 
     // Why `path` can't be an HDF5 file that this process may read, found without the library: it is
     // missing, a folder, not readable, or has no HDF5 signature. Empty when nothing stands in the way.
@@ -97,11 +74,9 @@ public:
     // What the probe program runs: exit code 0 when the file was read through, cannotOpenExitCode
     // when it could not be opened. A crash or a hang never returns.
     static constexpr int cannotOpenExitCode = 3;
-    static int runProbe(const QString& path, Scope scope, const ColumnShare& share = {});
-    // The options that make the probe program run `share`, and the way back from them: false for
-    // options that aren't a share's.
-    static QStringList shareOptions(const ColumnShare& share);
-    static bool parseShareOptions(QStringList& arguments, ColumnShare& share);
+    // With a `share`, the probe decodes the share's columns instead of all and hands them over (see
+    // ColumnCheck); it reads the frames and traces only when the share says so.
+    static int runProbe(const QString& path, Scope scope, const ColumnShare* share = nullptr);
 };
 
 } // namespace Tessaly

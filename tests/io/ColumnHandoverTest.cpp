@@ -1,6 +1,7 @@
 #include "io/ColumnHandover.h"
 
 #include "IoTestBase.h"
+#include "io/ColumnCheck.h"
 #include "io/FileProbe.h"
 #include "io/VQDReader.h"
 
@@ -98,8 +99,11 @@ TEST_F(ColumnHandoverTest, HandedOverColumnsAreTheLibrarysOwnDecoding)
     VQDReader reader;
     ASSERT_TRUE(reader.open(path));
     QString failure;
-    ASSERT_TRUE(FileProbe::checkColumns(QString::fromStdString(path), reader, &failure))
+    bool firstIn = false;
+    ASSERT_TRUE(ColumnCheck::run(QString::fromStdString(path), reader, &failure, { "deform", "area_msd" },
+        [&] { firstIn = reader.isFeatureCached("deform") && reader.isFeatureCached("area_msd"); }))
         << failure.toStdString();
+    EXPECT_TRUE(firstIn);
     EXPECT_FALSE(reader.isFeatureCached("image"));
     for (const auto& [name, values] : expected) {
         EXPECT_TRUE(reader.isFeatureCached(name)) << name;
@@ -108,29 +112,88 @@ TEST_F(ColumnHandoverTest, HandedOverColumnsAreTheLibrarysOwnDecoding)
     }
 }
 
-// Probes that share the columns decode each one once, whichever their number.
-TEST_F(ColumnHandoverTest, SharesCoverEveryColumnOnce)
+// The columns wanted first make a share of their own; the rest go round the probes. Every listed
+// column is decoded once, and one probe reads the frames.
+TEST(ColumnCheckShares, EveryColumnIsInOneShare)
+{
+    using Names = std::vector<std::string>;
+    const Names columns { "a", "b", "c", "d", "e" };
+    struct Case
+    {
+        Names first;
+        int probes;
+        std::vector<Names> shares;
+    };
+    const Case cases[] = {
+        { {}, 2, { { "a", "c", "e" }, { "b", "d" } } },
+        { { "d", "b" }, 2, { { "d", "b" }, { "a", "e" }, { "c" } } },
+        // Wanted columns that the file lacks, or twice, change nothing.
+        { { "b", "x", "b" }, 1, { { "b" }, { "a", "c", "d", "e" } } },
+        { { "x" }, 3, { { "a", "d" }, { "b", "e" }, { "c" } } },
+        // A probe without columns is left out, but for the one that reads the frames.
+        { {}, 7, { { "a" }, { "b" }, { "c" }, { "d" }, { "e" } } },
+        { columns, 2, { columns, {} } },
+    };
+    for (const Case& c : cases) {
+        const std::vector<ColumnShare> shares = ColumnCheck::shares(columns, c.first, c.probes);
+        ASSERT_EQ(shares.size(), c.shares.size()) << c.probes;
+        int frames = 0;
+        for (std::size_t i = 0; i < shares.size(); ++i) {
+            EXPECT_EQ(shares[i].columns, c.shares[i]) << i;
+            frames += shares[i].frames ? 1 : 0;
+        }
+        EXPECT_EQ(frames, 1);
+        const bool leading = std::any_of(c.first.begin(), c.first.end(), [&columns](const std::string& name) {
+            return std::find(columns.begin(), columns.end(), name) != columns.end();
+        });
+        EXPECT_EQ(shares.front().frames, !leading);
+    }
+    EXPECT_EQ(ColumnCheck::shares({}, {}, 2).size(), 1u);
+}
+
+// A share travels to the probe program as options and comes back whole.
+TEST(ColumnCheckShares, OptionsGiveTheShareBack)
+{
+    ColumnShare share;
+    share.columns = { "area_um", "--odd name", "deform" };
+    share.frames = false;
+    share.output = QStringLiteral("/tmp/out put");
+    QStringList arguments = share.options() << QStringLiteral("/data/file.vqd");
+    ColumnShare parsed;
+    ASSERT_TRUE(ColumnShare::parse(arguments, parsed));
+    EXPECT_EQ(arguments, QStringList { QStringLiteral("/data/file.vqd") });
+    EXPECT_EQ(parsed.columns, share.columns);
+    EXPECT_FALSE(parsed.frames);
+    EXPECT_EQ(parsed.output, share.output);
+
+    for (QStringList wrong :
+        { QStringList { "--colour", "x", "f.vqd" }, QStringList { "--column", "f.vqd" } })
+        EXPECT_FALSE(ColumnShare::parse(wrong, parsed)) << wrong.join(' ').toStdString();
+}
+
+// Probes that each run their share, in this process here, hand over every column once.
+TEST_F(ColumnHandoverTest, SharesRunByTheProbeCoverEveryColumn)
 {
     const std::string path = writeFile();
     const std::map<std::string, std::vector<double>> expected = decodedHere(path);
-    for (const int parts : { 1, 3 }) {
-        VQDReader reader;
-        ASSERT_TRUE(reader.open(path));
-        int adopted = 0;
-        for (int part = 0; part < parts; ++part) {
-            QTemporaryFile output;
-            ASSERT_TRUE(output.open());
-            ASSERT_EQ(FileProbe::runProbe(QString::fromStdString(path), FileProbe::Scope::Columns,
-                          { part, parts, output.fileName() }),
-                0);
-            const int taken = ColumnHandover::adoptFile(output.fileName(), reader);
-            EXPECT_GT(taken, 0) << part << " of " << parts;
-            adopted += taken;
-        }
-        EXPECT_EQ(adopted, 11) << parts;
-        for (const auto& [name, values] : expected)
-            EXPECT_TRUE(reader.isFeatureCached(name) && sameBits(reader.getFeature(name), values)) << name;
+    std::vector<std::string> names;
+    for (const auto& entry : expected)
+        names.push_back(entry.first);
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(path));
+    int adopted = 0;
+    for (ColumnShare share : ColumnCheck::shares(names, { "frame" }, 3)) {
+        QTemporaryFile output;
+        ASSERT_TRUE(output.open());
+        share.output = output.fileName();
+        ASSERT_EQ(FileProbe::runProbe(QString::fromStdString(path), FileProbe::Scope::Columns, &share), 0);
+        const int taken = ColumnHandover::adoptFile(output.fileName(), reader);
+        EXPECT_EQ(taken, static_cast<int>(share.columns.size()));
+        adopted += taken;
     }
+    EXPECT_EQ(adopted, 11);
+    for (const auto& [name, values] : expected)
+        EXPECT_TRUE(reader.isFeatureCached(name) && sameBits(reader.getFeature(name), values)) << name;
 }
 
 // A hand-over comes from another process and is not trusted: a record is taken only for a listed

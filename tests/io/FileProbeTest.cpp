@@ -1,5 +1,6 @@
 #include "io/FileProbe.h"
 
+#include "io/ColumnCheck.h"
 #include "io/VQDReader.h"
 #include "support/FixtureWriter.h"
 
@@ -87,7 +88,7 @@ TEST(FileProbe, TheColumnCheckRefusesDamagedFilesAsOneProbeDoes)
     for (const Case& c : cases) {
         VQDReader reader;
         QString failure;
-        EXPECT_FALSE(FileProbe::checkColumns(c.path, reader, &failure)) << c.path.toStdString();
+        EXPECT_FALSE(ColumnCheck::run(c.path, reader, &failure)) << c.path.toStdString();
         EXPECT_EQ(failure, c.failure) << c.path.toStdString();
     }
 
@@ -101,11 +102,11 @@ TEST(FileProbe, TheColumnCheckRefusesDamagedFilesAsOneProbeDoes)
     VQDReader reader;
     ASSERT_TRUE(reader.open(sound.toStdString()));
     QString failure = QStringLiteral("unchanged");
-    EXPECT_TRUE(FileProbe::checkColumns(sound, reader, &failure));
+    EXPECT_TRUE(ColumnCheck::run(sound, reader, &failure));
     EXPECT_TRUE(failure.isEmpty());
     EXPECT_FALSE(reader.isFeatureCached("deform"));
     FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
-    ASSERT_TRUE(FileProbe::checkColumns(sound, reader, &failure));
+    ASSERT_TRUE(ColumnCheck::run(sound, reader, &failure));
     EXPECT_TRUE(reader.isFeatureCached("deform"));
     EXPECT_TRUE(reader.isFeatureCached("area_um"));
     FileProbe::setTimeLimit(15000);
