@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QIODevice>
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <optional>
 
 namespace Tessaly {
@@ -14,27 +16,25 @@ namespace {
 
 const QByteArray magic("TSYCOLS1", 8);
 
+// Names are padded to whole words, so that in a hand-over that starts on a word, as a mapped file
+// does, every column's values lie on their natural boundary and are copied as they stand.
+constexpr std::uint64_t word = 8;
+
+std::uint64_t padded(std::uint64_t bytes)
+{
+    return (bytes + word - 1) / word * word;
+}
+
 template <typename T> bool writeValue(QIODevice& device, T value)
 {
     return device.write(reinterpret_cast<const char*>(&value), sizeof value) == qint64(sizeof value);
 }
 
-template <typename T> bool readValue(QIODevice& device, T& value)
+template <typename T> T valueAt(const char* data)
 {
-    return device.read(reinterpret_cast<char*>(&value), sizeof value) == qint64(sizeof value);
-}
-
-// Reads exactly `bytes` into `target`; large reads may come back in parts.
-bool readExactly(QIODevice& device, char* target, std::uint64_t bytes)
-{
-    while (bytes > 0) {
-        const qint64 got = device.read(target, static_cast<qint64>(std::min<std::uint64_t>(bytes, 1u << 30)));
-        if (got <= 0)
-            return false;
-        target += got;
-        bytes -= static_cast<std::uint64_t>(got);
-    }
-    return true;
+    T value;
+    std::memcpy(&value, data, sizeof value);
+    return value;
 }
 
 } // namespace
@@ -47,38 +47,56 @@ bool ColumnHandover::writeStart(QIODevice& device)
 bool ColumnHandover::writeColumn(
     QIODevice& device, const std::string& name, const std::vector<double>& values)
 {
-    if (name.size() > maxNameLength)
+    if (name.empty() || name.size() > maxNameLength)
         return false;
+    const QByteArray padding(static_cast<int>(padded(name.size()) - name.size()), '\0');
     const auto bytes = static_cast<qint64>(values.size() * sizeof(double));
     return writeValue(device, static_cast<std::uint32_t>(name.size()))
+        && writeValue(device, std::uint32_t { 0 })
         && device.write(name.data(), static_cast<qint64>(name.size())) == qint64(name.size())
+        && device.write(padding) == padding.size()
         && writeValue(device, static_cast<std::uint64_t>(values.size()))
         && device.write(reinterpret_cast<const char*>(values.data()), bytes) == bytes;
 }
 
-int ColumnHandover::adopt(QIODevice& device, VQDReader& reader)
+int ColumnHandover::adopt(const char* data, std::uint64_t size, VQDReader& reader)
 {
-    if (device.read(magic.size()) != magic)
+    if (size < static_cast<std::uint64_t>(magic.size())
+        || std::memcmp(data, magic.constData(), magic.size()) != 0)
         return 0;
+    std::uint64_t offset = magic.size();
     int adopted = 0;
-    for (;;) {
-        std::uint32_t nameLength = 0;
-        if (!readValue(device, nameLength) || nameLength == 0 || nameLength > maxNameLength)
+    // Every length is checked against what is left before it is used, so that no sum can overflow.
+    while (size - offset >= 2 * sizeof(std::uint32_t)) {
+        const auto nameLength = valueAt<std::uint32_t>(data + offset);
+        if (nameLength == 0 || nameLength > maxNameLength || valueAt<std::uint32_t>(data + offset + 4) != 0)
             break;
-        std::string name(nameLength, '\0');
-        std::uint64_t count = 0;
-        if (!readExactly(device, name.data(), nameLength) || !readValue(device, count))
+        offset += 2 * sizeof(std::uint32_t);
+        if (size - offset < padded(nameLength) + sizeof(std::uint64_t))
             break;
-        // The count must be the dataset's own length, and the values must be there, before any memory
-        // is given to them: a stream that claims more than it holds allocates nothing.
+        const std::string name(data + offset, nameLength);
+        offset += padded(nameLength);
+        const auto count = valueAt<std::uint64_t>(data + offset);
+        offset += sizeof(std::uint64_t);
+        // The count must be the dataset's own length and the values must all be there before any
+        // memory is given to them: a hand-over that claims more than it holds allocates nothing.
         const std::optional<std::uint64_t> expected = reader.adoptableLength(name);
-        const std::uint64_t bytes = saturatingProduct(count, sizeof(double));
-        if (!expected || *expected != count || memoryRefusal(name, bytes)
-            || (!device.isSequential() && bytes > static_cast<std::uint64_t>(device.bytesAvailable())))
+        if (!expected || *expected != count || count > (size - offset) / sizeof(double))
             break;
-        std::vector<double> values(static_cast<std::size_t>(count));
-        if (!readExactly(device, reinterpret_cast<char*>(values.data()), bytes))
+        const std::uint64_t bytes = count * sizeof(double);
+        if (memoryRefusal(name, bytes))
             break;
+        const char* first = data + offset;
+        std::vector<double> values;
+        if (reinterpret_cast<std::uintptr_t>(first) % alignof(double) == 0) {
+            // Copied once, without filling the column with zeros first.
+            const auto* doubles = reinterpret_cast<const double*>(first);
+            values.assign(doubles, doubles + count);
+        } else {
+            values.resize(static_cast<std::size_t>(count));
+            std::memcpy(values.data(), first, static_cast<std::size_t>(bytes));
+        }
+        offset += bytes;
         if (!reader.adoptFeature(name, std::move(values)))
             break;
         ++adopted;
@@ -86,13 +104,24 @@ int ColumnHandover::adopt(QIODevice& device, VQDReader& reader)
     return adopted;
 }
 
+int ColumnHandover::adopt(const QByteArray& bytes, VQDReader& reader)
+{
+    return adopt(bytes.constData(), static_cast<std::uint64_t>(bytes.size()), reader);
+}
+
 int ColumnHandover::adoptFile(const QString& path, VQDReader& reader)
 {
     QFile file(path);
-    // Unbuffered: the values go straight from the file into the columns.
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!file.open(QIODevice::ReadOnly) || file.size() <= 0)
         return 0;
-    return adopt(file, reader);
+    // Mapped, the values go from the file's pages straight into the columns.
+    const uchar* mapped = file.map(0, file.size());
+    if (!mapped)
+        return adopt(file.readAll(), reader);
+    const int adopted
+        = adopt(reinterpret_cast<const char*>(mapped), static_cast<std::uint64_t>(file.size()), reader);
+    file.unmap(const_cast<uchar*>(mapped));
+    return adopted;
 }
 
 } // namespace Tessaly

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+class QByteArray;
 class QIODevice;
 
 namespace Tessaly {
@@ -16,7 +17,9 @@ class VQDReader;
 // exactly as the reader of the checking process served it (doubles in this machine's byte order),
 // written by the probe and read by the program on the same machine:
 //
-//     magic (8 bytes) { name length (uint32) name (bytes) value count (uint64) values (doubles) }...
+//     magic (8 bytes)
+//     { name length (uint32) 0 (uint32) name (bytes, zeros up to a multiple of 8) value count (uint64)
+//       values (doubles) }...
 //
 // The program takes nothing on trust: a record is adopted only for a column that its own reader
 // lists and hasn't cached, with as many values as the dataset holds, and only when the stream
@@ -29,8 +32,9 @@ public:
     static bool writeStart(QIODevice& device);
     static bool writeColumn(QIODevice& device, const std::string& name, const std::vector<double>& values);
 
-    // Adopts the records of `device` into `reader`'s cache; returns how many were taken.
-    static int adopt(QIODevice& device, VQDReader& reader);
+    // Adopts the records of a hand-over into `reader`'s cache; returns how many were taken.
+    static int adopt(const char* data, std::uint64_t size, VQDReader& reader);
+    static int adopt(const QByteArray& bytes, VQDReader& reader);
     // The same for the hand-over in the file `path`; 0 when it can't be opened.
     static int adoptFile(const QString& path, VQDReader& reader);
 

@@ -207,24 +207,29 @@ TEST_F(ColumnHandoverTest, OnlyRecordsThatFitTheFileAreAdopted)
         .column<float>("deform", { 0.5f, 0.25f, 0.125f }, Storage::deflate())
         .imageStack("image", 3, 2, 2, std::vector<std::uint8_t>(12, 1))
         .close();
-    const auto record = [](const std::string& name, std::vector<double> values, std::uint64_t count) {
-        QBuffer buffer;
-        buffer.open(QIODevice::WriteOnly);
-        EXPECT_TRUE(ColumnHandover::writeColumn(buffer, name, values));
-        QByteArray bytes = buffer.data();
-        // The count as claimed, whatever number of values follows.
-        std::memcpy(bytes.data() + 4 + name.size(), &count, sizeof count);
+    // A record as the probe writes it, but with the count it claims, whatever number of values
+    // follows.
+    const auto bytesOf
+        = [](const auto& value) { return QByteArray(reinterpret_cast<const char*>(&value), sizeof value); };
+    const auto record = [&bytesOf](const std::string& name, std::vector<double> values, std::uint64_t count) {
+        QByteArray bytes = bytesOf(static_cast<std::uint32_t>(name.size())) + bytesOf(std::uint32_t { 0 })
+            + QByteArray::fromStdString(name) + QByteArray(static_cast<int>((8 - name.size() % 8) % 8), '\0')
+            + bytesOf(count);
+        for (const double value : values)
+            bytes += bytesOf(value);
         return bytes;
     };
     const QByteArray start("TSYCOLS1");
     const QByteArray area = record("area_um", { 7, 8, 9 }, 3);
     const QByteArray deform = record("deform", { 4, 5, 6 }, 3);
-    const std::uint32_t overlongName = ColumnHandover::maxNameLength + 1;
-    const std::uint64_t one = 1;
-    const double value = 1;
-    const QByteArray overlong = QByteArray(reinterpret_cast<const char*>(&overlongName), 4)
-        + QByteArray(static_cast<int>(overlongName), 'a') + QByteArray(reinterpret_cast<const char*>(&one), 8)
-        + QByteArray(reinterpret_cast<const char*>(&value), 8);
+    const QByteArray overlong = record(std::string(ColumnHandover::maxNameLength + 1, 'a'), { 1 }, 1);
+    // The writer makes the same records.
+    QBuffer written;
+    written.open(QIODevice::WriteOnly);
+    ASSERT_TRUE(
+        ColumnHandover::writeStart(written) && ColumnHandover::writeColumn(written, "area_um", { 7, 8, 9 }));
+    EXPECT_EQ(written.data(), start + area);
+    EXPECT_FALSE(ColumnHandover::writeColumn(written, "", {}));
 
     struct Case
     {
@@ -250,10 +255,7 @@ TEST_F(ColumnHandoverTest, OnlyRecordsThatFitTheFileAreAdopted)
     for (const Case& c : cases) {
         VQDReader reader;
         ASSERT_TRUE(reader.open(path));
-        QBuffer buffer;
-        buffer.setData(c.stream);
-        buffer.open(QIODevice::ReadOnly);
-        EXPECT_EQ(ColumnHandover::adopt(buffer, reader), static_cast<int>(c.adopted.size())) << c.what;
+        EXPECT_EQ(ColumnHandover::adopt(c.stream, reader), static_cast<int>(c.adopted.size())) << c.what;
         for (const std::string& name :
             { std::string("area_um"), std::string("deform"), std::string("image") }) {
             const bool adopted = std::find(c.adopted.begin(), c.adopted.end(), name) != c.adopted.end();
@@ -272,12 +274,8 @@ TEST_F(ColumnHandoverTest, OnlyRecordsThatFitTheFileAreAdopted)
     ASSERT_TRUE(reader.open(path));
     reader.setFeature("volume", { 1, 2, 3 });
     reader.getFeature("deform");
-    for (const QByteArray& stream : { start + record("volume", { 4, 5, 6 }, 3), start + deform }) {
-        QBuffer buffer;
-        buffer.setData(stream);
-        buffer.open(QIODevice::ReadOnly);
-        EXPECT_EQ(ColumnHandover::adopt(buffer, reader), 0);
-    }
+    for (const QByteArray& stream : { start + record("volume", { 4, 5, 6 }, 3), start + deform })
+        EXPECT_EQ(ColumnHandover::adopt(stream, reader), 0);
     EXPECT_EQ(reader.getFeature("volume"), std::vector<double>({ 1, 2, 3 }));
     EXPECT_EQ(reader.getFeature("deform"), std::vector<double>({ 0.5, 0.25, 0.125 }));
 }
