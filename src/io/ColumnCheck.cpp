@@ -110,11 +110,11 @@ bool ColumnCheck::run(const QString& path, VQDReader& reader, QString* failure,
             *probes[i].process, executable, path, FileProbe::Scope::Columns, planned[i].options());
     };
     // The probe of the first columns runs alone, so that it has a core to itself; the others start
-    // once it has ended, while the program draws from its columns.
+    // once it has ended and the caller has had the columns.
     const std::size_t leading = leadingShare ? 1 : probes.size();
     for (std::size_t i = 0; i < leading; ++i)
         launch(i);
-    const QDeadlineTimer deadline(FileProbe::timeLimit());
+    QDeadlineTimer deadline(FileProbe::timeLimit());
     QString reason;
     for (std::size_t i = 0; i < probes.size() && reason.isEmpty(); ++i) {
         Probe& probe = probes[i];
@@ -136,11 +136,13 @@ bool ColumnCheck::run(const QString& path, VQDReader& reader, QString* failure,
         }
         // The hand-over is as large as its columns; it goes as soon as it has been read.
         probe.output->remove();
-        if (i + 1 == leading) {
+        if (i + 1 == leading && leading < probes.size()) {
+            if (firstIn)
+                firstIn();
             for (std::size_t next = leading; next < probes.size(); ++next)
                 launch(next);
-            if (leadingShare && firstIn)
-                firstIn();
+            // Each run of probes has the time limit to itself.
+            deadline = QDeadlineTimer(FileProbe::timeLimit());
         }
     }
     // After a refusal the remaining probes are of no use.

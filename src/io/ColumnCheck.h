@@ -22,8 +22,8 @@ public:
     // True, as FileProbe::check is, when every probe finished without fault or there is no probe
     // program; `reader` then holds what was handed over, and the program reads the rest itself. On
     // false `failure` says why, in the words of FileProbeTexts, and `reader` may hold some columns.
-    // `firstIn` is called, on this thread, once the `first` columns are in the reader. Waits for the
-    // probes: for threads other than the interface's.
+    // `firstIn` is called, on this thread, once the `first` columns are in the reader; the other
+    // probes start when it returns. Waits for the probes: for threads other than the interface's.
     static bool run(const QString& path, VQDReader& reader, QString* failure = nullptr,
         const std::vector<std::string>& first = {}, const std::function<void()>& firstIn = {});
 

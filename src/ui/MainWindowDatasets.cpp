@@ -27,6 +27,7 @@
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPointer>
+#include <QSemaphore>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QThreadPool>
@@ -39,6 +40,9 @@
 namespace Tessaly {
 
 namespace {
+
+// How long the check of the remaining columns waits for the plot of the first ones to be drawn.
+constexpr int plotWaitMs = 1000;
 
 bool hasVqdSuffix(const QString& path)
 {
@@ -217,14 +221,19 @@ void MainWindow::startPreload(int row)
         QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path, first, window, generation] {
             const auto plotColumnsIn = [window, generation] {
                 // Posted to the application object, which outlives every window; the window itself
-                // is only looked at on its own thread.
+                // is only looked at on its own thread. The other probes wait until the plot is
+                // drawn, so that they don't take the processor from the drawing, but not longer
+                // than plotWaitMs: the interface thread may be busy with something else.
+                auto drawn = std::make_shared<QSemaphore>();
                 QMetaObject::invokeMethod(
                     QCoreApplication::instance(),
-                    [window, generation] {
+                    [window, generation, drawn] {
                         if (window)
                             window->showPlotWhileLoading(generation);
+                        drawn->release();
                     },
                     Qt::QueuedConnection);
+                drawn->tryAcquire(1, plotWaitMs);
             };
             if (ColumnCheck::run(path, *reader, failure.get(), first, plotColumnsIn))
                 reader->cacheAllFeatures();
