@@ -1,5 +1,7 @@
 #include "io/FileProbe.h"
 
+#include "io/ColumnHandover.h"
+#include "io/ColumnShare.h"
 #include "io/VQDReader.h"
 
 #include <QCoreApplication>
@@ -103,7 +105,8 @@ QString FileProbe::refusalBeforeProbe(const QString& path)
     return QString();
 }
 
-void FileProbe::start(QProcess& process, const QString& executable, const QString& path, Scope scope)
+void FileProbe::start(QProcess& process, const QString& executable, const QString& path, Scope scope,
+    const QStringList& options)
 {
     process.setProcessChannelMode(QProcess::SeparateChannels);
     process.setStandardOutputFile(QProcess::nullDevice());
@@ -113,8 +116,10 @@ void FileProbe::start(QProcess& process, const QString& executable, const QStrin
     environment.insert(QStringLiteral("MALLOC_CHECK_"), QStringLiteral("3"));
     environment.insert(QStringLiteral("MALLOC_PERTURB_"), QStringLiteral("165"));
     process.setProcessEnvironment(environment);
-    process.start(executable,
-        scope == Scope::Columns ? QStringList { QStringLiteral("--columns"), path } : QStringList { path });
+    QStringList arguments;
+    if (scope == Scope::Columns)
+        arguments << QStringLiteral("--columns");
+    process.start(executable, arguments << options << path);
 }
 
 QString FileProbe::outcome(QProcess& process, bool timedOut, Scope scope)
@@ -165,15 +170,32 @@ bool FileProbe::check(const QString& path, QString* failure, Scope scope)
     return reason.isEmpty();
 }
 
-int FileProbe::runProbe(const QString& path, Scope scope)
+int FileProbe::runProbe(const QString& path, Scope scope, const ColumnShare* share)
 {
     VQDReader reader;
     if (!reader.open(path.toStdString()))
         return cannotOpenExitCode;
     reader.readMetadata();
     reader.featureNames();
-    if (scope == Scope::Columns)
+    if (scope == Scope::Columns && !share) {
         reader.cacheAllFeatures();
+    } else if (scope == Scope::Columns) {
+        QFile output(share->output);
+        bool handingOver = !share->output.isEmpty()
+            && output.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered)
+            && ColumnHandover::writeStart(output);
+        for (const std::string& name : share->columns) {
+            // Every column of the share is decoded, whether or not it can still be handed over; none
+            // is kept, so that the probe holds one column at a time.
+            const std::optional<std::vector<double>> column = reader.readFeatureUncached(name);
+            if (column && handingOver)
+                handingOver = ColumnHandover::writeColumn(output, name, *column);
+        }
+    }
+    if (share && !share->frames) {
+        reader.close();
+        return 0;
+    }
     const std::uint64_t events = reader.eventCount();
     for (const std::uint64_t event : { std::uint64_t { 0 }, events > 0 ? events - 1 : 0 }) {
         int width = 0;

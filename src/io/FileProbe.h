@@ -1,10 +1,13 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 class QProcess;
 
 namespace Tessaly {
+
+struct ColumnShare;
 
 // Why a file is not opened, in a user's words: the second line of the "Failed to open" box and the
 // text of the log line.
@@ -61,7 +64,9 @@ public:
     static int timeLimit();
 
     // Starts the probe of `path` in `process`, with the heap checks on and its error stream kept.
-    static void start(QProcess& process, const QString& executable, const QString& path, Scope scope);
+    // `options` go before the path (see runProbe).
+    static void start(QProcess& process, const QString& executable, const QString& path, Scope scope,
+        const QStringList& options = {});
     // Judges a probe that ended (or was stopped past the time limit, `timedOut`): empty when it got
     // through, else the reason. The probe's own lines reach the log when it failed.
     static QString outcome(QProcess& process, bool timedOut, Scope scope);
@@ -69,7 +74,9 @@ public:
     // What the probe program runs: exit code 0 when the file was read through, cannotOpenExitCode
     // when it could not be opened. A crash or a hang never returns.
     static constexpr int cannotOpenExitCode = 3;
-    static int runProbe(const QString& path, Scope scope);
+    // With a `share`, the probe decodes the share's columns instead of all and hands them over (see
+    // ColumnCheck); it reads the frames and traces only when the share says so.
+    static int runProbe(const QString& path, Scope scope, const ColumnShare* share = nullptr);
 };
 
 } // namespace Tessaly

@@ -399,31 +399,94 @@ const std::vector<double>& VQDReader::getFeature(const std::string& name)
     const auto cached = m_columnCache.find(name);
     if (cached != m_columnCache.end())
         return *cached->second;
+    std::optional<std::string> failure;
+    std::optional<std::vector<double>> column = readStoredColumn(name, failure);
+    if (column) {
+        auto owned = std::make_unique<std::vector<double>>(std::move(*column));
+        const std::vector<double>& stored = *owned;
+        m_columnCache[name] = std::move(owned);
+        m_columnFailures.erase(name);
+        return stored;
+    }
+    if (!failure)
+        return emptyColumn;
+    // Nothing is cached, so that the next request tries again; but a column that keeps failing, as
+    // at every refresh of a plot, is reported once, until it has been read. (The text of a refusal
+    // may change from one try to the next, with the memory available.)
+    const bool known = m_columnFailures.count(name) > 0;
+    m_columnFailures[name] = *failure;
+    if (!known)
+        reportReaderError("Error reading feature '" + name + "': ", *failure);
+    return emptyColumn;
+}
+
+std::optional<std::vector<double>> VQDReader::readStoredColumn(
+    const std::string& name, std::optional<std::string>& failure)
+{
+    failure.reset();
     // A feature is an object directly under /events; a name with a slash can't be one.
     if (!m_fileOpen || !m_file || name.empty() || name.find('/') != std::string::npos
         || !linkExists(m_file->getId(), std::string(eventsGroup) + '/' + name))
-        return emptyColumn;
-    std::string failure;
+        return std::nullopt;
     try {
-        const H5::DataSet dataset = m_file->openDataSet(std::string(eventsGroup) + '/' + name);
-        auto column = std::make_unique<std::vector<double>>(readColumn(dataset));
-        const std::vector<double>& stored = *column;
-        m_columnCache[name] = std::move(column);
-        m_columnFailures.erase(name);
-        return stored;
+        return readColumn(m_file->openDataSet(std::string(eventsGroup) + '/' + name));
     } catch (const H5::Exception& e) {
         failure = e.getDetailMsg();
     } catch (const std::exception& e) {
         failure = e.what();
     }
-    // Nothing is cached, so that the next request tries again; but a column that keeps failing, as
-    // at every refresh of a plot, is reported once, until it has been read. (The text of a refusal
-    // may change from one try to the next, with the memory available.)
-    const bool known = m_columnFailures.count(name) > 0;
-    m_columnFailures[name] = failure;
-    if (!known)
-        reportReaderError("Error reading feature '" + name + "': ", failure);
-    return emptyColumn;
+    return std::nullopt;
+}
+
+std::optional<std::vector<double>> VQDReader::readFeatureUncached(
+    const std::string& name, std::string* failure)
+{
+    Lock lock(hdf5Mutex());
+    std::optional<std::string> reason;
+    std::optional<std::vector<double>> column = readStoredColumn(name, reason);
+    if (reason)
+        reportReaderError("Error reading feature '" + name + "': ", *reason);
+    if (failure)
+        *failure = reason.value_or(std::string());
+    return column;
+}
+
+std::optional<std::uint64_t> VQDReader::adoptableLength(const std::string& name)
+{
+    Lock lock(hdf5Mutex());
+    if (!m_fileOpen || !m_file || !isScalarFeature(name) || m_featureNameSet.count(name) == 0
+        || m_computedFeatureNames.count(name) > 0 || m_columnCache.count(name) > 0
+        || name.find('/') != std::string::npos)
+        return std::nullopt;
+    try {
+        // Listing opened this dataset and checked its storage already; asking its extent reads no data.
+        const std::vector<hsize_t> dims
+            = extentOf(m_file->openDataSet(std::string(eventsGroup) + '/' + name).getSpace());
+        if (dims.size() != 1)
+            return std::nullopt;
+        return static_cast<std::uint64_t>(dims[0]);
+    } catch (const H5::Exception&) {
+    } catch (const std::exception&) {
+    }
+    return std::nullopt;
+}
+
+bool VQDReader::adoptFeature(const std::string& name, std::vector<double>&& values)
+{
+    Lock lock(hdf5Mutex());
+    const std::optional<std::uint64_t> length = adoptableLength(name);
+    if (!length || *length != values.size())
+        return false;
+    m_columnCache[name] = std::make_unique<std::vector<double>>(std::move(values));
+    values.clear();
+    m_columnFailures.erase(name);
+    return true;
+}
+
+bool VQDReader::isFeatureCached(const std::string& name) const
+{
+    Lock lock(hdf5Mutex());
+    return m_columnCache.count(name) > 0;
 }
 
 std::string VQDReader::featureError(const std::string& name) const

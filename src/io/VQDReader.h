@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -71,6 +72,22 @@ public:
     // threads get their turn between two columns.
     void cacheAllFeatures();
 
+    // The stored column `name` read afresh and not cached, for a process that passes columns on and
+    // need not keep them. Nothing when there is no such column; nothing, with the reason in `failure`
+    // and on the standard error stream, when it can't be read.
+    std::optional<std::vector<double>> readFeatureUncached(
+        const std::string& name, std::string* failure = nullptr);
+    // Columns decoded by another process, the file check, go into the cache through these, so that
+    // they are not decoded twice. What that process hands over is not trusted: a column is taken only
+    // for a stored scalar feature that is listed and not yet cached, and only with as many values as
+    // its dataset holds. adoptableLength gives that number, or nothing when `name` would be refused,
+    // so that a caller need not allocate for a column that can't be taken. `values` is moved from
+    // when adopted.
+    std::optional<std::uint64_t> adoptableLength(const std::string& name);
+    bool adoptFeature(const std::string& name, std::vector<double>&& values);
+    // Whether getFeature(name) would be served from memory, without reading the file.
+    bool isFeatureCached(const std::string& name) const;
+
     bool hasImage() const { return m_imageAvailable; }
     bool hasMask() const { return m_maskAvailable; }
     bool hasTraces() const { return m_tracesAvailable; }
@@ -122,6 +139,10 @@ private:
     std::vector<std::vector<float>> readStoredRows(
         const std::string& name, std::size_t first, std::size_t count);
     void forgetLastTrace();
+    // /events/<name> as a column. Nothing, with `failure` unset, when there is no such column;
+    // nothing with the reason in `failure` when it can't be read. Holds no lock of its own.
+    std::optional<std::vector<double>> readStoredColumn(
+        const std::string& name, std::optional<std::string>& failure);
 
     std::unique_ptr<H5::H5File> m_file;
     std::string m_filePath;

@@ -336,6 +336,7 @@ private:
     int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
     static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
+    void showPlotWhileLoading(int generation);
     void removeDatasetAt(int row);
     void inheritPeerSettings(DatasetEntry* entry);
     bool activeMatchesAllPeers(const DatasetEntry* excluded) const;
@@ -358,6 +359,7 @@ private:
     // Showing the active dataset.
     DatasetEntry* activeEntry() const;
     void populateFeatureCombos();
+    void applyPlotControls(DatasetEntry& entry);
     void updatePlotStatus();
     void updateApplyPlotButton();
     void fillMetadataTree();
@@ -409,6 +411,8 @@ private:
     QFutureWatcher<void>* calculationWatcher = nullptr;
     bool preloadRunning = false;
     int preloadRow = -1;
+    // Tells the running preload's messages from those of one before it.
+    int preloadGeneration = 0;
     // Why the running preload's file was refused; written by the task before it ends.
     std::shared_ptr<QString> preloadFailure;
     QQueue<int> pendingPreloadRows;

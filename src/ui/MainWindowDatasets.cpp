@@ -1,7 +1,8 @@
 // How files become datasets and leave again: opening, drag and drop, the background preload and its
 // queues, removal, duplication and clearing the session.
 #include "core/DatasetEntry.h"
-#include "io/FileProbe.h"
+#include "core/FeatureCatalogue.h"
+#include "io/ColumnCheck.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
@@ -16,6 +17,7 @@
 #include "ui/StatisticsDockWidget.h"
 
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QDirIterator>
 #include <QDragEnterEvent>
 #include <QDropEvent>
@@ -24,6 +26,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
+#include <QPointer>
+#include <QSemaphore>
 #include <QSpinBox>
 #include <QTableWidget>
 #include <QThreadPool>
@@ -37,9 +41,36 @@ namespace Tessaly {
 
 namespace {
 
+// How long the check of the remaining columns waits for the plot of the first ones to be drawn.
+constexpr int plotWaitMs = 1000;
+
 bool hasVqdSuffix(const QString& path)
 {
     return path.endsWith(QStringLiteral(".vqd"), Qt::CaseInsensitive);
+}
+
+// The columns that the first plot of `entry` shows: its own choice of features where the file has
+// them, else those that the feature lists start with.
+std::vector<std::string> plotColumns(const DatasetEntry& entry)
+{
+    VQDReader& reader = *entry.reader;
+    std::string firstScalar;
+    for (const std::string& name : reader.featureNames()) {
+        if (isScalarFeature(name)) {
+            firstScalar = name;
+            break;
+        }
+    }
+    const auto choose = [&](const std::string& chosen, const std::string& fallback) {
+        if (!chosen.empty() && isScalarFeature(chosen) && reader.hasFeature(chosen))
+            return chosen;
+        return reader.hasFeature(fallback) ? fallback : firstScalar;
+    };
+    std::vector<std::string> columns { choose(entry.xFeatureName, "area_um"),
+        choose(entry.yFeatureName, "deform") };
+    if (isScalarFeature(entry.colorFeatureName) && reader.hasFeature(entry.colorFeatureName))
+        columns.push_back(entry.colorFeatureName);
+    return columns;
 }
 
 } // namespace
@@ -172,19 +203,67 @@ void MainWindow::startPreload(int row)
     }
     preloadRunning = true;
     preloadRow = row;
+    const int generation = ++preloadGeneration;
     DatasetEntry* entry = datasetList[static_cast<std::size_t>(row)];
     statusLabel->setText(MainWindowTexts::cachingText.arg(entry->displayName));
     // The task keeps the reader alive by its own reference, so that closing the program while it
-    // runs can't pull the reader from under it; it touches nothing else. The columns are decoded
-    // by the probe first: a file whose data crashes the library is then refused, not fatal.
+    // runs can't pull the reader from under it; it touches nothing else. The columns are decoded by
+    // the probes, which hand them over: a file whose data crashes the library is then refused, not
+    // fatal. Only what they did not hand over is read here. The plot's columns come first, and the
+    // plot is drawn from them while the rest is still being decoded.
     std::shared_ptr<VQDReader> reader = entry->reader;
     auto failure = std::make_shared<QString>();
     preloadFailure = failure;
     const QString path = QString::fromStdString(entry->filePath);
-    preloadWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path] {
-        if (FileProbe::check(path, failure.get(), FileProbe::Scope::Columns))
-            reader->cacheAllFeatures();
-    }));
+    const std::vector<std::string> first = plotColumns(*entry);
+    const QPointer<MainWindow> window(this);
+    preloadWatcher->setFuture(
+        QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path, first, window, generation] {
+            const auto plotColumnsIn = [window, generation] {
+                // Posted to the application object, which outlives every window; the window itself
+                // is only looked at on its own thread. The other probes wait until the plot is
+                // drawn, so that they don't take the processor from the drawing, but not longer
+                // than plotWaitMs: the interface thread may be busy with something else.
+                auto drawn = std::make_shared<QSemaphore>();
+                QMetaObject::invokeMethod(
+                    QCoreApplication::instance(),
+                    [window, generation, drawn] {
+                        if (window)
+                            window->showPlotWhileLoading(generation);
+                        drawn->release();
+                    },
+                    Qt::QueuedConnection);
+                drawn->tryAcquire(1, plotWaitMs);
+            };
+            if (ColumnCheck::run(path, *reader, failure.get(), first, plotColumnsIn))
+                reader->cacheAllFeatures();
+        }));
+}
+
+// The plot of the dataset being preloaded, from the columns that are in, while the controls stay
+// off until the preload ends. Only a plain plot is drawn early: one that needs a column that is not
+// in yet, or a filter (whose first passing event would fill the event table), waits for the end.
+void MainWindow::showPlotWhileLoading(int generation)
+{
+    if (!preloadRunning || generation != preloadGeneration || preloadRow != activeDatasetIndex)
+        return;
+    DatasetEntry* entry = activeEntry();
+    if (!entry || entry->featuresLoaded)
+        return;
+    applyPlotControls(*entry);
+    VQDReader& reader = *entry->reader;
+    const auto inMemory = [&reader](const QComboBox* combo) {
+        const std::string name = combo->currentData().toString().toStdString();
+        return reader.isFeatureCached(name) && !reader.getFeature(name).empty();
+    };
+    const std::string color = colorFeatureCombo->currentData().toString().toStdString();
+    const bool colorReady = color.empty() || color.rfind("__density_", 0) == 0 || inMemory(colorFeatureCombo);
+    const EventFilter filter = buildEffectiveFilter(entry);
+    if (!inMemory(xFeatureCombo) || !inMemory(yFeatureCombo) || !colorReady
+        || (filter.isEnabled() && filter.ruleCount() >= 1))
+        return;
+    onFilterChanged();
+    statusLabel->setText(MainWindowTexts::loadingText.arg(entry->displayName));
 }
 
 // The order below decides who goes next: queued preloads first, then files of a session being

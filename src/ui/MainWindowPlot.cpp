@@ -110,35 +110,7 @@ void MainWindow::showActiveDataset()
     }
     updateCalculationsDock(*entry);
 
-    {
-        const QSignalBlocker blockX(xFeatureCombo);
-        const QSignalBlocker blockY(yFeatureCombo);
-        const QSignalBlocker blockColor(colorFeatureCombo);
-        populateFeatureCombos();
-        const std::pair<QComboBox*, const std::string*> stored[] = { { xFeatureCombo, &entry->xFeatureName },
-            { yFeatureCombo, &entry->yFeatureName }, { colorFeatureCombo, &entry->colorFeatureName } };
-        for (const auto& [combo, name] : stored) {
-            if (name->empty())
-                continue;
-            const int found = combo->findData(QString::fromStdString(*name));
-            if (found >= 0)
-                combo->setCurrentIndex(found);
-        }
-    }
-    {
-        const QSignalBlocker blockContour(contourCombo);
-        const QSignalBlocker blockInner(innerContourSpinBox);
-        const QSignalBlocker blockOuter(outerContourSpinBox);
-        const QSignalBlocker blockScaleX(xScaleCombo);
-        const QSignalBlocker blockScaleY(yScaleCombo);
-        contourCombo->setCurrentIndex(entry->contourMode);
-        innerContourSpinBox->setValue(static_cast<int>(std::lround(entry->contourFraction1 * 100.0)));
-        outerContourSpinBox->setValue(static_cast<int>(std::lround(entry->contourFraction2 * 100.0)));
-        xScaleCombo->setCurrentIndex(entry->scaleXMode);
-        yScaleCombo->setCurrentIndex(entry->scaleYMode);
-    }
-    scatterPlot->setAxisScaleMode(QwtPlot::xBottom, entry->scaleXMode);
-    scatterPlot->setAxisScaleMode(QwtPlot::yLeft, entry->scaleYMode);
+    applyPlotControls(*entry);
     {
         const QSignalBlocker blocker(eventSpinBox);
         const int events = static_cast<int>(reader.eventCount());
@@ -166,6 +138,40 @@ void MainWindow::showActiveDataset()
         imageViewer->clearImage(MainWindowTexts::noImageInFileText);
     if (!reader.hasImage())
         eventTabs->setCurrentIndex(eventTabs->indexOf(eventTable));
+}
+
+// The feature, scale and contour controls as `entry` has them, with their signals blocked.
+void MainWindow::applyPlotControls(DatasetEntry& entry)
+{
+    {
+        const QSignalBlocker blockX(xFeatureCombo);
+        const QSignalBlocker blockY(yFeatureCombo);
+        const QSignalBlocker blockColor(colorFeatureCombo);
+        populateFeatureCombos();
+        const std::pair<QComboBox*, const std::string*> stored[] = { { xFeatureCombo, &entry.xFeatureName },
+            { yFeatureCombo, &entry.yFeatureName }, { colorFeatureCombo, &entry.colorFeatureName } };
+        for (const auto& [combo, name] : stored) {
+            if (name->empty())
+                continue;
+            const int found = combo->findData(QString::fromStdString(*name));
+            if (found >= 0)
+                combo->setCurrentIndex(found);
+        }
+    }
+    {
+        const QSignalBlocker blockContour(contourCombo);
+        const QSignalBlocker blockInner(innerContourSpinBox);
+        const QSignalBlocker blockOuter(outerContourSpinBox);
+        const QSignalBlocker blockScaleX(xScaleCombo);
+        const QSignalBlocker blockScaleY(yScaleCombo);
+        contourCombo->setCurrentIndex(entry.contourMode);
+        innerContourSpinBox->setValue(static_cast<int>(std::lround(entry.contourFraction1 * 100.0)));
+        outerContourSpinBox->setValue(static_cast<int>(std::lround(entry.contourFraction2 * 100.0)));
+        xScaleCombo->setCurrentIndex(entry.scaleXMode);
+        yScaleCombo->setCurrentIndex(entry.scaleYMode);
+    }
+    scatterPlot->setAxisScaleMode(QwtPlot::xBottom, entry.scaleXMode);
+    scatterPlot->setAxisScaleMode(QwtPlot::yLeft, entry.scaleYMode);
 }
 
 void MainWindow::populateFeatureCombos()

@@ -1,5 +1,7 @@
 #include "io/FileProbe.h"
 
+#include "io/ColumnCheck.h"
+#include "io/VQDReader.h"
 #include "support/FixtureWriter.h"
 
 #include <QDir>
@@ -52,6 +54,61 @@ TEST(FileProbe, DamagedFilesFailTheProbeSoundFilesPass)
     FileProbe::setProgram(dir.filePath("no-such-probe"));
     EXPECT_TRUE(FileProbe::check(hostileFile("crash-7955c795.vqd")));
     FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    FileProbe::setTimeLimit(15000);
+}
+
+// The column check runs its probes in parallel and refuses a damaged file with the same words as a
+// single probe; a probe that ends soundly without handing anything over leaves the reading to the
+// program.
+TEST(FileProbe, TheColumnCheckRefusesDamagedFilesAsOneProbeDoes)
+{
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    FileProbe::setTimeLimit(2000);
+    QTemporaryDir dir;
+    const QString sound = dir.filePath("sound.vqd");
+    Testing::FixtureWriter(sound.toStdString())
+        .column<double>("area_um", { 1, 2 })
+        .column<double>("deform", { 0.1, 0.2 })
+        .stringAttribute("setup:module composition", "Vortiq")
+        .close();
+    struct Case
+    {
+        QString path;
+        QString failure;
+    };
+    const Case cases[] = {
+        { hostileFile("crash-4b7570dd.vqd"),
+            "The file is damaged: reading its columns crashed the file check." },
+        { hostileFile("crash-7955c795.vqd"),
+            "The file is damaged: reading its columns crashed the file check." },
+        { hostileFile("timeout-01fa60.vqd"),
+            "Refused by the file check: reading its columns took longer than 2 s." },
+        { dir.filePath("missing.vqd"), "The file's structure is damaged: the HDF5 library cannot open it." },
+    };
+    for (const Case& c : cases) {
+        VQDReader reader;
+        QString failure;
+        EXPECT_FALSE(ColumnCheck::run(c.path, reader, &failure)) << c.path.toStdString();
+        EXPECT_EQ(failure, c.failure) << c.path.toStdString();
+    }
+
+    const QString quiet = dir.filePath("quiet-probe.sh");
+    QFile script(quiet);
+    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
+    script.write("#!/bin/sh\nexit 0\n");
+    script.close();
+    QFile::setPermissions(quiet, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    FileProbe::setProgram(quiet);
+    VQDReader reader;
+    ASSERT_TRUE(reader.open(sound.toStdString()));
+    QString failure = QStringLiteral("unchanged");
+    EXPECT_TRUE(ColumnCheck::run(sound, reader, &failure));
+    EXPECT_TRUE(failure.isEmpty());
+    EXPECT_FALSE(reader.isFeatureCached("deform"));
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    ASSERT_TRUE(ColumnCheck::run(sound, reader, &failure));
+    EXPECT_TRUE(reader.isFeatureCached("deform"));
+    EXPECT_TRUE(reader.isFeatureCached("area_um"));
     FileProbe::setTimeLimit(15000);
 }
 

@@ -39,6 +39,8 @@ H5::DSetCreatPropList creationProperties(const std::vector<hsize_t>& dims, const
     for (hsize_t& d : chunk)
         d = std::max<hsize_t>(d, 1);
     properties.setChunk(static_cast<int>(chunk.size()), chunk.data());
+    if (storage.shuffle)
+        properties.setShuffle();
     switch (storage.filter) {
     case Storage::Filter::Deflate:
         properties.setDeflate(static_cast<int>(storage.level));

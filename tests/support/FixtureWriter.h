@@ -19,12 +19,17 @@ struct Storage
     unsigned level = 0; // deflate or zstd compression level
     unsigned pluginId = 0; // filter id for Filter::Plugin, e.g. 32004 for LZ4
     std::vector<unsigned> pluginValues; // its client data
+    bool shuffle = false; // bytes regrouped by significance before the filter, as many writers do
 
     static Storage contiguous() { return {}; }
     static Storage chunked(hsize_t rows) { return { Filter::None, rows, 0, 0, {} }; }
     static Storage deflate(unsigned level = 4, hsize_t rows = 100000)
     {
         return { Filter::Deflate, rows, level, 0, {} };
+    }
+    static Storage shuffledDeflate(unsigned level = 4, hsize_t rows = 100000)
+    {
+        return { Filter::Deflate, rows, level, 0, {}, true };
     }
     static Storage zstd(unsigned level = 3, hsize_t rows = 100000)
     {

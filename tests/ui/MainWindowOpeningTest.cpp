@@ -1,7 +1,9 @@
 #include "MainWindowFixture.h"
+#include "core/DatasetEntry.h"
 #include "io/FileProbe.h"
 #include "io/Hdf5Mutex.h"
 #include "io/VQDReader.h"
+#include "plot/ScatterPlot.h"
 #include "support/FixtureWriter.h"
 #include "support/MessageCapture.h"
 
@@ -358,6 +360,61 @@ TEST_F(MainWindowOpening, AFileWhoseColumnsCrashTheProbeIsDroppedAfterOpening)
     EXPECT_EQ(messages[1].text, "Failed to open: " + dropped + reason);
     EXPECT_TRUE(w.datasets().empty());
     EXPECT_EQ(w.findChild<QListWidget*>("datasetList")->count(), 0);
+}
+
+// The plot's columns are checked by a probe of their own and handed over first: the plot is drawn
+// from them while the other columns are still being checked, with the controls off until the end.
+// A plot that would need more than those columns waits for the end.
+TEST_F(MainWindowOpening, ThePlotIsDrawnFromItsOwnColumnsBeforeTheRestIsIn)
+{
+    // A stand-in probe that holds back every share but the plot's own until the gate file exists.
+    const QString gate = folder.filePath("gate");
+    const QString gatedProbe = writeTextFile("gated-probe.sh",
+        "#!/bin/sh\ncase \"$*\" in\n*--no-frames*) ;;\n--columns*) while [ ! -e '" + gate.toUtf8()
+            + "' ]; do sleep 0.02; done ;;\nesac\nexec '" TESSALY_PROBE "' \"$@\"\n");
+    QFile::setPermissions(gatedProbe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    FileProbe::setProgram(gatedProbe);
+    MainWindow& w = makeWindow();
+    w.openDataset(writeDataset("early.vqd", "Early", 400));
+    auto* plot = w.findChild<ScatterPlot*>("scatterPlot");
+    auto* xCombo = w.findChild<QComboBox*>("xFeatureCombo");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !plot->xValues().empty(); }, 20000));
+    ASSERT_EQ(w.datasets().size(), 1u);
+    const DatasetEntry& entry = *w.datasets()[0];
+    EXPECT_TRUE(w.isPreloadRunning());
+    EXPECT_FALSE(entry.featuresLoaded);
+    EXPECT_TRUE(entry.reader->isFeatureCached("area_um"));
+    EXPECT_TRUE(entry.reader->isFeatureCached("deform"));
+    EXPECT_FALSE(entry.reader->isFeatureCached("bright_avg"));
+    EXPECT_EQ(plot->xValues().size(), 400u);
+    EXPECT_EQ(xCombo->currentData().toString(), "area_um");
+    EXPECT_FALSE(xCombo->isEnabled());
+    EXPECT_EQ(w.findChild<QLabel*>("statusLabel")->text(), "Loading: Early...");
+    const std::vector<double> early = plot->xValues();
+
+    QFile(gate).open(QIODevice::WriteOnly);
+    ASSERT_TRUE(waitUntilIdle());
+    EXPECT_TRUE(xCombo->isEnabled());
+    EXPECT_EQ(plot->xValues(), early);
+    EXPECT_EQ(plot->xValues(), entry.reader->getFeature("area_um"));
+    const QString status = w.findChild<QLabel*>("statusLabel")->text();
+    EXPECT_TRUE(status.startsWith("Loaded: Early (") && status.endsWith("400 events)"))
+        << status.toStdString();
+
+    // Coloured by a column of its own, the plot waits for that column too; with a filter it waits
+    // for the end.
+    QFile::remove(gate);
+    auto* colorCombo = w.findChild<QComboBox*>("colorFeatureCombo");
+    colorCombo->setCurrentIndex(colorCombo->findData(QStringLiteral("bright_avg")));
+    w.openDataset(writeDataset("coloured.vqd", "Coloured", 300));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return plot->xValues().size() == 300u; }, 20000));
+    EXPECT_TRUE(w.isPreloadRunning());
+    EXPECT_EQ(plot->colorValues().size(), 300u);
+    EXPECT_TRUE(w.datasets()[1]->reader->isFeatureCached("bright_avg"));
+    QFile(gate).open(QIODevice::WriteOnly);
+    ASSERT_TRUE(waitUntilIdle());
+    FileProbe::setProgram(QStringLiteral(TESSALY_PROBE));
+    EXPECT_TRUE(messages.empty());
 }
 
 namespace {
