@@ -299,8 +299,7 @@ int optimalGridSizeOf(const OffsetPoints& points)
     // holds as many candidates as keep its histograms within about a megabyte.
     const std::size_t total = points.count;
     constexpr std::size_t groupCells = 200000;
-    std::vector<double> costs;
-    const std::size_t blocks = parallelBlockCount(total, minimumParallelBlock);
+    std::vector<std::pair<std::size_t, std::size_t>> groups;
     for (std::size_t start = 0; start < candidates.size();) {
         std::size_t end = start;
         std::size_t cellSum = 0;
@@ -312,33 +311,31 @@ int optimalGridSizeOf(const OffsetPoints& points)
             cellSum += size;
             ++end;
         }
-        // Each block of points counts into histograms of its own; counts add up exactly.
-        std::vector<std::vector<std::vector<int>>> blockCounts(blocks);
-        runInBlocks(total, blocks, [&](std::size_t block, std::size_t from, std::size_t to) {
-            std::vector<std::vector<int>>& counts = blockCounts[block];
-            counts.resize(end - start);
-            for (std::size_t c = start; c < end; ++c)
-                counts[c - start].assign(
-                    static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
-            CellBlock scratch;
-            int cells[binBlockSize];
-            for (std::size_t first = from; first < to; first += binBlockSize) {
-                const std::size_t count = std::min(binBlockSize, to - first);
-                offsetBlock(points, first, count, scratch);
-                for (std::size_t c = start; c < end; ++c) {
-                    const int n = candidates[c];
-                    cellsOfOffsets(count, points.xRange / n, points.yRange / n, n, scratch, cells);
-                    std::vector<int>& histogram = counts[c - start];
-                    for (std::size_t i = 0; i < count; ++i)
-                        ++histogram[static_cast<std::size_t>(cells[i])];
-                }
+        groups.emplace_back(start, end);
+        start = end;
+    }
+
+    // Groups are independent: with enough points they are counted on the thread pool at once,
+    // each cost in its own slot.
+    std::vector<double> costs(candidates.size());
+    const auto countGroup = [&](std::size_t start, std::size_t end) {
+        std::vector<std::vector<int>> counts(end - start);
+        for (std::size_t c = start; c < end; ++c)
+            counts[c - start].assign(
+                static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
+        CellBlock scratch;
+        int cells[binBlockSize];
+        for (std::size_t first = 0; first < total; first += binBlockSize) {
+            const std::size_t count = std::min(binBlockSize, total - first);
+            offsetBlock(points, first, count, scratch);
+            for (std::size_t c = start; c < end; ++c) {
+                const int n = candidates[c];
+                cellsOfOffsets(count, points.xRange / n, points.yRange / n, n, scratch, cells);
+                std::vector<int>& histogram = counts[c - start];
+                for (std::size_t i = 0; i < count; ++i)
+                    ++histogram[static_cast<std::size_t>(cells[i])];
             }
-        });
-        std::vector<std::vector<int>>& counts = blockCounts.front();
-        for (std::size_t block = 1; block < blocks; ++block)
-            for (std::size_t c = 0; c < counts.size(); ++c)
-                std::transform(counts[c].begin(), counts[c].end(), blockCounts[block][c].begin(),
-                    counts[c].begin(), std::plus<int>());
+        }
         for (std::size_t c = start; c < end; ++c) {
             const int n = candidates[c];
             const double dx = points.xRange / n;
@@ -352,10 +349,14 @@ int optimalGridSizeOf(const OffsetPoints& points)
             }
             const double variance = squares / binCount;
             const double area = dx * dy;
-            costs.push_back((2.0 * mean - variance) / (area * area));
+            costs[c] = (2.0 * mean - variance) / (area * area);
         }
-        start = end;
-    }
+    };
+    const std::size_t parallelGroups = total >= minimumParallelBlock ? groups.size() : 1;
+    runInBlocks(groups.size(), parallelGroups, [&](std::size_t, std::size_t first, std::size_t last) {
+        for (std::size_t g = first; g < last; ++g)
+            countGroup(groups[g].first, groups[g].second);
+    });
 
     // The smallest cost wins, the earlier candidate on a tie; 64 if no cost compares (NaN).
     int best = 64;
