@@ -43,14 +43,28 @@ std::vector<double> orderStatistics(
     for (std::size_t& rank : ranks)
         rank = std::min(rank, n - 1);
 
-    double lo = std::numeric_limits<double>::infinity();
-    double hi = -std::numeric_limits<double>::infinity();
-    for (const double v : values) {
-        if (std::isfinite(v)) {
-            lo = std::min(lo, v);
-            hi = std::max(hi, v);
+    // The finite extent, in four independent lanes so that the comparisons don't wait on each other.
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    double lows[4] = { inf, inf, inf, inf };
+    double highs[4] = { -inf, -inf, -inf, -inf };
+    std::size_t i = 0;
+    for (; i + 4 <= n; i += 4) {
+        for (std::size_t lane = 0; lane < 4; ++lane) {
+            const double v = values[i + lane];
+            const bool finite = std::isfinite(v);
+            lows[lane] = std::min(lows[lane], finite ? v : inf);
+            highs[lane] = std::max(highs[lane], finite ? v : -inf);
         }
     }
+    for (; i < n; ++i) {
+        const double v = values[i];
+        if (std::isfinite(v)) {
+            lows[0] = std::min(lows[0], v);
+            highs[0] = std::max(highs[0], v);
+        }
+    }
+    const double lo = std::min(std::min(lows[0], lows[1]), std::min(lows[2], lows[3]));
+    const double hi = std::max(std::max(highs[0], highs[1]), std::max(highs[2], highs[3]));
     const double spread = hi - lo;
     constexpr std::size_t directLimit = 4096;
     if (n < directLimit || !std::isfinite(spread) || !(spread > 0.0))
