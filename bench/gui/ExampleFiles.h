@@ -2,7 +2,9 @@
 
 #include "ExampleEvents.h"
 #include "ExampleFileWriter.h"
+#include "ui/MainWindow.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QString>
 #include <QTemporaryDir>
@@ -27,6 +29,18 @@ inline QString exampleFeatureFile(
             path.toStdString(), settings, ExampleData::generateEvents(settings), options);
     }
     return path;
+}
+
+// The main window at 1400 x 900 with `files` example files of `events`, `events` + 1, ... events
+// opened and loaded; the first is the active one.
+inline void openExampleFiles(MainWindow& window, std::size_t events, std::size_t files = 1)
+{
+    window.resize(1400, 900);
+    window.show();
+    for (std::size_t file = 0; file < files; ++file)
+        window.openDataset(exampleFeatureFile(events + file));
+    while (window.datasets().size() < files || window.isPreloadRunning() || window.isCheckingFile())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
 }
 
 } // namespace Tessaly::Bench

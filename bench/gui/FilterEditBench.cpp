@@ -15,17 +15,6 @@
 
 namespace {
 
-// The main window with `files` example files of `events` events loaded, the first one active.
-void openExamples(Tessaly::MainWindow& window, std::size_t events, std::size_t files)
-{
-    window.resize(1400, 900);
-    window.show();
-    for (std::size_t file = 0; file < files; ++file)
-        window.openDataset(Tessaly::Bench::exampleFeatureFile(events + file));
-    while (window.datasets().size() < files || window.isPreloadRunning() || window.isCheckingFile())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
-}
-
 // The upper bound of a new range rule on area_um, added in the filter dock.
 QDoubleSpinBox* addAreaRule(Tessaly::MainWindow& window)
 {
@@ -44,7 +33,7 @@ void editRangeBound(benchmark::State& state)
 {
     Tessaly::MainWindow window;
     // A peer, so that the peer marks are computed too.
-    openExamples(window, static_cast<std::size_t>(state.range(0)), 2);
+    Tessaly::Bench::openExampleFiles(window, static_cast<std::size_t>(state.range(0)), 2);
     QDoubleSpinBox* maximum = addAreaRule(window);
     auto* plot = window.findChild<Tessaly::ScatterPlot*>("scatterPlot");
     bool wide = false;
@@ -64,7 +53,7 @@ void editRangeBound(benchmark::State& state)
 void stepBoundInBursts(benchmark::State& state)
 {
     Tessaly::MainWindow window;
-    openExamples(window, static_cast<std::size_t>(state.range(0)), 1);
+    Tessaly::Bench::openExampleFiles(window, static_cast<std::size_t>(state.range(0)), 1);
     QDoubleSpinBox* maximum = addAreaRule(window);
     maximum->setValue(200.0);
     QCoreApplication::processEvents();

@@ -26,11 +26,7 @@ struct EditScene
 
     explicit EditScene(std::size_t events)
     {
-        window.resize(1400, 900);
-        window.show();
-        window.openDataset(Tessaly::Bench::exampleFeatureFile(events));
-        while (window.isPreloadRunning())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+        Tessaly::Bench::openExampleFiles(window, events);
         QCoreApplication::processEvents();
         plot = window.findChild<Tessaly::ScatterPlot*>("scatterPlot");
         canvas = plot->canvas();

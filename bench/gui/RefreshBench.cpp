@@ -23,11 +23,7 @@ Tessaly::FilterRule range(const char* feature, double low, double high)
 void fullRefresh(benchmark::State& state)
 {
     Tessaly::MainWindow window;
-    window.resize(1400, 900);
-    window.show();
-    window.openDataset(Tessaly::Bench::exampleFeatureFile(static_cast<std::size_t>(state.range(0))));
-    while (window.isPreloadRunning() || window.isCheckingFile())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+    Tessaly::Bench::openExampleFiles(window, static_cast<std::size_t>(state.range(0)));
     Tessaly::DatasetEntry* entry = window.datasets().front();
     entry->filter.addRule(range("area_um", 20, 300));
     entry->filter.addRule(range("deform", 0.005, 0.2));
