@@ -1,6 +1,7 @@
 #include "app/Logging.h"
 #include "app/SafeApplication.h"
 #include "app/Theme.h"
+#include "io/ColumnCheck.h"
 #include "io/Hdf5Filters.h"
 #include "ui/MainWindow.h"
 
@@ -18,6 +19,8 @@ int main(int argc, char** argv)
     // Compressed measurement files must read from the first file on.
     Tessaly::registerHdf5Filters();
     Tessaly::initLogging();
+    Tessaly::ColumnCheck::removeLeftOverHandovers(
+        Tessaly::ColumnCheck::handoverFolder(), QDateTime::currentDateTime().addSecs(-3600));
 
     Tessaly::SafeApplication app(argc, argv);
     // The organization name places the settings; no domain is set.

@@ -8,6 +8,7 @@
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryFile>
@@ -57,6 +58,18 @@ QString ColumnCheck::handoverFolder()
     if (memory.isDir() && memory.isWritable())
         return memory.filePath();
     return QDir::tempPath();
+}
+
+int ColumnCheck::removeLeftOverHandovers(const QString& folder, const QDateTime& olderThan)
+{
+    int removed = 0;
+    const QFileInfoList files = QDir(folder).entryInfoList(
+        { QStringLiteral("tessaly-columns-*") }, QDir::Files | QDir::Hidden | QDir::NoSymLinks);
+    for (const QFileInfo& file : files) {
+        if (file.lastModified() < olderThan && QFile::remove(file.filePath()))
+            ++removed;
+    }
+    return removed;
 }
 
 std::vector<ColumnShare> ColumnCheck::shares(

@@ -2,6 +2,7 @@
 
 #include "io/ColumnShare.h"
 
+#include <QDateTime>
 #include <QString>
 #include <functional>
 #include <string>
@@ -39,6 +40,11 @@ public:
     // Where hand-overs are written: a folder in memory where the system has one, else the folder for
     // temporary files.
     static QString handoverFolder();
+    // Removes hand-overs in `folder` last written before `olderThan`: a program that was killed while
+    // it checked a file leaves them behind, and in a folder in memory they hold on to memory. A
+    // check in progress writes its hand-overs within the probes' time limit, so an hour's age
+    // marks them as left over. Returns how many went.
+    static int removeLeftOverHandovers(const QString& folder, const QDateTime& olderThan);
 };
 
 } // namespace Tessaly

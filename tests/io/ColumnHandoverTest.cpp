@@ -6,6 +6,10 @@
 #include "io/VQDReader.h"
 
 #include <QBuffer>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 #include <algorithm>
 #include <cmath>
@@ -278,4 +282,27 @@ TEST_F(ColumnHandoverTest, OnlyRecordsThatFitTheFileAreAdopted)
         EXPECT_EQ(ColumnHandover::adopt(stream, reader), 0);
     EXPECT_EQ(reader.getFeature("volume"), std::vector<double>({ 1, 2, 3 }));
     EXPECT_EQ(reader.getFeature("deform"), std::vector<double>({ 0.5, 0.25, 0.125 }));
+}
+
+// Hand-overs left by a program that was killed go at the next start; a check in progress, whose
+// files are young, and files of other names are left alone.
+TEST(ColumnCheckLeftOvers, OnlyOldHandoversAreRemoved)
+{
+    QTemporaryDir folder;
+    const auto write = [&](const QString& name, const QDateTime& modified) {
+        QFile file(folder.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("columns");
+        file.flush();
+        ASSERT_TRUE(file.setFileTime(modified, QFileDevice::FileModificationTime));
+    };
+    const QDateTime now = QDateTime::currentDateTime();
+    write(QStringLiteral("tessaly-columns-old1"), now.addDays(-2));
+    write(QStringLiteral("tessaly-columns-old2"), now.addSecs(-7200));
+    write(QStringLiteral("tessaly-columns-young"), now.addSecs(-60));
+    write(QStringLiteral("measurement-old.vqd"), now.addDays(-2));
+
+    EXPECT_EQ(ColumnCheck::removeLeftOverHandovers(folder.path(), now.addSecs(-3600)), 2);
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files, QDir::Name),
+        (QStringList { QStringLiteral("measurement-old.vqd"), QStringLiteral("tessaly-columns-young") }));
 }
