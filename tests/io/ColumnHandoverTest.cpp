@@ -29,7 +29,8 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 // Equal bit for bit, so that NaNs compare too.
 bool sameBits(const std::vector<double>& a, const std::vector<double>& b)
 {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+    return a.size() == b.size()
+        && (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
 }
 
 template <typename T> std::vector<T> randomValues(std::size_t n, double low, double high, unsigned seed)
