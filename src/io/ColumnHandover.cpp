@@ -92,7 +92,7 @@ int ColumnHandover::adopt(const char* data, std::uint64_t size, VQDReader& reade
             // Copied once, without filling the column with zeros first.
             const auto* doubles = reinterpret_cast<const double*>(first);
             values.assign(doubles, doubles + count);
-        } else {
+        } else if (count > 0) {
             values.resize(static_cast<std::size_t>(count));
             std::memcpy(values.data(), first, static_cast<std::size_t>(bytes));
         }
