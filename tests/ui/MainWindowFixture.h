@@ -41,8 +41,10 @@ protected:
     QString writeTextFile(const QString& relativePath, const QByteArray& content = "not a measurement");
 
     void drop(const QList<QUrl>& urls);
-    // Waits until no preload runs and nothing is queued.
-    bool waitUntilIdle(int timeoutMs = 30000);
+    // Waits until no preload runs and nothing is queued. Generous: under the thread sanitizer each
+    // file check starts several instrumented probe processes, which takes seconds apiece on a
+    // loaded machine.
+    bool waitUntilIdle(int timeoutMs = 120000);
     // Runs the refresh that edits in the filter dock have asked for, which waits for the event loop.
     void settleRefresh();
     std::vector<std::string> datasetPaths() const;
