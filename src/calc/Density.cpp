@@ -411,12 +411,8 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     const double scale = count > 0 ? std::pow(static_cast<double>(count), -1.0 / 6.0) : 0.0;
     double spreadX = 0.0;
     double spreadY = 0.0;
-    if (count >= 2 * minimumParallelBlock) {
-        runBoth([&] { spreadX = robustSpread(x, count); }, [&] { spreadY = robustSpread(y, count); });
-    } else {
-        spreadX = robustSpread(x, count);
-        spreadY = robustSpread(y, count);
-    }
+    runBoth([&] { spreadX = robustSpread(x, count); }, [&] { spreadY = robustSpread(y, count); },
+        count >= 2 * minimumParallelBlock);
     double hx = scale * spreadX;
     double hy = scale * spreadY;
     if (!(hx > 0.0))

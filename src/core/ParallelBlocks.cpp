@@ -28,8 +28,13 @@ void runInBlocks(std::size_t count, std::size_t blocks,
     QtConcurrent::blockingMap(indices, [&](std::size_t b) { work(b, bounds(b), bounds(b + 1)); });
 }
 
-void runBoth(const std::function<void()>& first, const std::function<void()>& second)
+void runBoth(const std::function<void()>& first, const std::function<void()>& second, bool atOnce)
 {
+    if (!atOnce) {
+        first();
+        second();
+        return;
+    }
     runInBlocks(2, 2, [&](std::size_t block, std::size_t, std::size_t) { (block == 0 ? first : second)(); });
 }
 

@@ -19,8 +19,9 @@ std::size_t parallelBlockCount(std::size_t count, std::size_t minimumBlock);
 void runInBlocks(std::size_t count, std::size_t blocks,
     const std::function<void(std::size_t block, std::size_t first, std::size_t last)>& work);
 
-// Runs two independent pieces of work at once, one of them on the calling thread, and returns
-// when both are done.
-void runBoth(const std::function<void()>& first, const std::function<void()>& second);
+// Runs two independent pieces of work, at once (one of them on the calling thread) when `atOnce`,
+// else one after the other here: small work costs more to hand over than it saves. Returns when
+// both are done.
+void runBoth(const std::function<void()>& first, const std::function<void()>& second, bool atOnce = true);
 
 } // namespace Tessaly

@@ -401,13 +401,10 @@ void ScatterPlot::updateDataBounds()
     // The axes are independent: for many points both are measured at once.
     const int xMode = scaleModes[QwtPlot::xBottom];
     const int yMode = scaleModes[QwtPlot::yLeft];
-    if (xData.size() < minimumSampleBlock) {
-        dataBounds->setRanges(drawableRange(xData, xMode), drawableRange(yData, yMode));
-        return;
-    }
     AxisRange xRange;
     AxisRange yRange;
-    runBoth([&] { xRange = drawableRange(xData, xMode); }, [&] { yRange = drawableRange(yData, yMode); });
+    runBoth([&] { xRange = drawableRange(xData, xMode); }, [&] { yRange = drawableRange(yData, yMode); },
+        xData.size() >= minimumSampleBlock);
     dataBounds->setRanges(xRange, yRange);
 }
 

@@ -58,6 +58,7 @@ class StartPanel;
 class StatisticsDockWidget;
 class TracePlot;
 class FileCheck;
+class FirstColumnsHandOff;
 
 // Texts of the main window, in one place.
 namespace MainWindowTexts {
@@ -336,7 +337,7 @@ private:
     int appendEntry(std::unique_ptr<DatasetEntry> entry, bool inheritFromPeers);
     static void copyPlotSettings(const DatasetEntry& from, DatasetEntry& to);
     void startPreload(int row);
-    void showPlotWhileLoading(int generation);
+    void showPlotWhileLoading();
     void removeDatasetAt(int row);
     void inheritPeerSettings(DatasetEntry* entry);
     bool activeMatchesAllPeers(const DatasetEntry* excluded) const;
@@ -411,8 +412,8 @@ private:
     QFutureWatcher<void>* calculationWatcher = nullptr;
     bool preloadRunning = false;
     int preloadRow = -1;
-    // Tells the running preload's messages from those of one before it.
-    int preloadGeneration = 0;
+    // Where the running preload waits until the plot of its first columns is drawn.
+    std::shared_ptr<FirstColumnsHandOff> preloadHandOff;
     // Why the running preload's file was refused; written by the task before it ends.
     std::shared_ptr<QString> preloadFailure;
     QQueue<int> pendingPreloadRows;

@@ -5,6 +5,7 @@
 #include "calc/FLRefinement.h"
 #include "calc/FourierDeform.h"
 #include "core/DatasetEntry.h"
+#include "core/PoolRun.h"
 #include "io/Hdf5Mutex.h"
 #include "ui/CalculationsDockWidget.h"
 #include "ui/CalculationsTexts.h"
@@ -16,8 +17,6 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QThreadPool>
-#include <QtConcurrent>
 #include <algorithm>
 #include <cctype>
 #include <memory>
@@ -198,7 +197,7 @@ void MainWindow::runCalculation(std::function<void()> work, std::function<void()
     bar->setValue(0);
     bar->setFormat(CalculationsTexts::progressFormat);
     bar->show();
-    calculationWatcher->setFuture(QtConcurrent::run(QThreadPool::globalInstance(), std::move(work)));
+    calculationWatcher->setFuture(runOnPool([work = std::move(work)](QFutureInterface<void>&) { work(); }));
 }
 
 void MainWindow::onCalcFinished()

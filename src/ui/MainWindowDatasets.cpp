@@ -2,6 +2,7 @@
 // queues, removal, duplication and clearing the session.
 #include "core/DatasetEntry.h"
 #include "core/FeatureCatalogue.h"
+#include "core/PoolRun.h"
 #include "io/ColumnCheck.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
@@ -11,6 +12,7 @@
 #include "ui/DatasetText.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/FirstColumnsHandOff.h"
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
 #include "ui/PathOrder.h"
@@ -23,17 +25,14 @@
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFutureInterface>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
-#include <QPointer>
-#include <QSemaphore>
 #include <QSpinBox>
 #include <QTableWidget>
-#include <QThreadPool>
 #include <QTreeWidget>
 #include <QUrl>
-#include <QtConcurrent/QtConcurrentRun>
 #include <algorithm>
 #include <cmath>
 
@@ -42,7 +41,7 @@ namespace Tessaly {
 namespace {
 
 // How long the check of the remaining columns waits for the plot of the first ones to be drawn.
-constexpr int plotWaitMs = 1000;
+constexpr std::chrono::milliseconds plotWait(1000);
 
 bool hasVqdSuffix(const QString& path)
 {
@@ -203,49 +202,43 @@ void MainWindow::startPreload(int row)
     }
     preloadRunning = true;
     preloadRow = row;
-    const int generation = ++preloadGeneration;
     DatasetEntry* entry = datasetList[static_cast<std::size_t>(row)];
     statusLabel->setText(MainWindowTexts::cachingText.arg(entry->displayName));
     // The task keeps the reader alive by its own reference, so that closing the program while it
     // runs can't pull the reader from under it; it touches nothing else. The columns are decoded by
     // the probes, which hand them over: a file whose data crashes the library is then refused, not
-    // fatal. Only what they did not hand over is read here. The plot's columns come first, and the
-    // plot is drawn from them while the rest is still being decoded.
+    // fatal. Only what they did not hand over is read here. The plot's columns come first: the
+    // task tells of them through its future's progress, and the watcher draws the plot from them
+    // while the rest is still being decoded.
     std::shared_ptr<VQDReader> reader = entry->reader;
     auto failure = std::make_shared<QString>();
     preloadFailure = failure;
+    auto handOff = std::make_shared<FirstColumnsHandOff>();
+    preloadHandOff = handOff;
     const QString path = QString::fromStdString(entry->filePath);
     const std::vector<std::string> first = plotColumns(*entry);
-    const QPointer<MainWindow> window(this);
     preloadWatcher->setFuture(
-        QtConcurrent::run(QThreadPool::globalInstance(), [reader, failure, path, first, window, generation] {
-            const auto plotColumnsIn = [window, generation] {
-                // Posted to the application object, which outlives every window; the window itself
-                // is only looked at on its own thread. The other probes wait until the plot is
-                // drawn, so that they don't take the processor from the drawing, but not longer
-                // than plotWaitMs: the interface thread may be busy with something else.
-                auto drawn = std::make_shared<QSemaphore>();
-                QMetaObject::invokeMethod(
-                    QCoreApplication::instance(),
-                    [window, generation, drawn] {
-                        if (window)
-                            window->showPlotWhileLoading(generation);
-                        drawn->release();
-                    },
-                    Qt::QueuedConnection);
-                drawn->tryAcquire(1, plotWaitMs);
+        runOnPool([reader, failure, path, first, handOff](QFutureInterface<void>& progress) {
+            const auto plotColumnsIn = [&] {
+                progress.setProgressValue(1);
+                handOff->waitUntilDrawn(plotWait);
             };
-            if (ColumnCheck::run(path, *reader, failure.get(), first, plotColumnsIn))
-                reader->cacheAllFeatures();
+            try {
+                if (ColumnCheck::run(path, *reader, failure.get(), first, plotColumnsIn))
+                    reader->cacheAllFeatures();
+            } catch (const std::exception& error) {
+                // A column that can't be read is left empty, as when the reader fails on it.
+                qWarning("Caching the columns of %s stopped: %s", qPrintable(path), error.what());
+            }
         }));
 }
 
 // The plot of the dataset being preloaded, from the columns that are in, while the controls stay
 // off until the preload ends. Only a plain plot is drawn early: one that needs a column that is not
 // in yet, or a filter (whose first passing event would fill the event table), waits for the end.
-void MainWindow::showPlotWhileLoading(int generation)
+void MainWindow::showPlotWhileLoading()
 {
-    if (!preloadRunning || generation != preloadGeneration || preloadRow != activeDatasetIndex)
+    if (!preloadRunning || preloadRow != activeDatasetIndex)
         return;
     DatasetEntry* entry = activeEntry();
     if (!entry || entry->featuresLoaded)
@@ -257,7 +250,8 @@ void MainWindow::showPlotWhileLoading(int generation)
         return reader.isFeatureCached(name) && !reader.getFeature(name).empty();
     };
     const std::string color = colorFeatureCombo->currentData().toString().toStdString();
-    const bool colorReady = color.empty() || color.rfind("__density_", 0) == 0 || inMemory(colorFeatureCombo);
+    const bool colorReady
+        = color.empty() || color.rfind(densityColorPrefix, 0) == 0 || inMemory(colorFeatureCombo);
     const EventFilter filter = buildEffectiveFilter(entry);
     if (!inMemory(xFeatureCombo) || !inMemory(yFeatureCombo) || !colorReady
         || (filter.isEnabled() && filter.ruleCount() >= 1))
@@ -448,7 +442,7 @@ void MainWindow::copyPlotSettings(const DatasetEntry& from, DatasetEntry& to)
     if (reader.hasFeature(from.yFeatureName))
         to.yFeatureName = from.yFeatureName;
     const std::string& color = from.colorFeatureName;
-    if (color.empty() || reader.hasFeature(color) || color.rfind("__density_", 0) == 0)
+    if (color.empty() || reader.hasFeature(color) || color.rfind(densityColorPrefix, 0) == 0)
         to.colorFeatureName = color;
     to.scaleXMode = from.scaleXMode;
     to.scaleYMode = from.scaleYMode;

@@ -6,6 +6,7 @@
 #include "ui/DatasetListWidget.h"
 #include "ui/DatasetTreeWidget.h"
 #include "ui/FilterDockWidget.h"
+#include "ui/FirstColumnsHandOff.h"
 #include "ui/MainWindow.h"
 #include "ui/NameColumnLimiter.h"
 #include "ui/StatisticsDockWidget.h"
@@ -409,6 +410,12 @@ void MainWindow::createMenus()
 void MainWindow::connectSignals()
 {
     connect(preloadWatcher, &QFutureWatcher<void>::finished, this, &MainWindow::onFeaturesLoaded);
+    // The preload's only progress: the plot's columns are in.
+    connect(preloadWatcher, &QFutureWatcher<void>::progressValueChanged, this, [this] {
+        showPlotWhileLoading();
+        if (preloadHandOff)
+            preloadHandOff->markDrawn();
+    });
     connect(colorMapActions, &QActionGroup::triggered, this, &MainWindow::onColorMapSelected);
     connect(checkOnStartupAction, &QAction::toggled, this, &MainWindow::onCheckOnStartupToggled);
     connect(datasetViewModeCombo, QOverload<int>::of(&QComboBox::currentIndexChanged), this,

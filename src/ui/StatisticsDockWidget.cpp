@@ -62,10 +62,12 @@ void StatisticsDockWidget::updateStatistics(
     if (x.empty() || y.empty())
         return;
 
-    // The two axes are independent and worked out at once.
+    // The two axes are independent: for many points they are worked out at once.
+    constexpr std::size_t manyPoints = 100000;
     DistributionStats sx;
     DistributionStats sy;
-    runBoth([&] { sx = computeDistributionStats(x); }, [&] { sy = computeDistributionStats(y); });
+    runBoth([&] { sx = computeDistributionStats(x); }, [&] { sy = computeDistributionStats(y); },
+        x.size() >= manyPoints);
     const auto& names = StatisticsText::rowNames;
 
     // Both vectors come from the same plotted points, so x's count stands for both.

@@ -1,0 +1,71 @@
+#include "core/PoolRun.h"
+
+#include <QThreadPool>
+#include <QtGlobal>
+#include <deque>
+#include <exception>
+#include <mutex>
+
+namespace Tessaly {
+
+namespace {
+
+// Work waiting for a pool thread, first in first out. Every call to runOnPool queues one piece and
+// starts one pool task that takes one, so a task never finds the queue empty. Never destroyed:
+// pool threads may outlive the statics at exit.
+struct PoolQueue
+{
+    std::mutex mutex;
+    std::deque<std::function<void()>> waiting;
+};
+
+PoolQueue& poolQueue()
+{
+    static auto* queue = new PoolQueue;
+    return *queue;
+}
+
+void runNextQueued()
+{
+    PoolQueue& queue = poolQueue();
+    std::function<void()> next;
+    {
+        const std::lock_guard<std::mutex> lock(queue.mutex);
+        next = std::move(queue.waiting.front());
+        queue.waiting.pop_front();
+    }
+    next();
+}
+
+} // namespace
+
+QFuture<void> runOnPool(std::function<void(QFutureInterface<void>& future)> work)
+{
+    QFutureInterface<void> future;
+    future.reportStarted();
+    auto run = [future, work = std::move(work)]() mutable {
+        // The future finishes whatever happens, or whoever waits on it would wait for ever.
+        struct Finish
+        {
+            QFutureInterface<void>& future;
+            ~Finish() { future.reportFinished(); }
+        } finish { future };
+        try {
+            work(future);
+        } catch (const std::exception& error) {
+            qWarning("A background task stopped: %s", error.what());
+        } catch (...) {
+            qWarning("A background task stopped on an unknown error");
+        }
+    };
+    PoolQueue& queue = poolQueue();
+    {
+        const std::lock_guard<std::mutex> lock(queue.mutex);
+        queue.waiting.push_back(std::move(run));
+    }
+    // The task itself carries nothing: what it runs comes through the lock above.
+    QThreadPool::globalInstance()->start(runNextQueued);
+    return future.future();
+}
+
+} // namespace Tessaly
