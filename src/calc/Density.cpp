@@ -7,6 +7,7 @@
 #include <armadillo>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <limits>
 
@@ -318,8 +319,12 @@ int optimalGridSizeOf(const OffsetPoints& points)
     // Groups are independent: with enough points they are counted on the thread pool at once,
     // each cost in its own slot.
     std::vector<double> costs(candidates.size());
+    // The cost needs the sum over cells of (count - mean)^2, which is sumOfSquares - N^2 / cells
+    // exactly: the sum of squared counts grows by 2k + 1 whenever a cell holding k gains a point,
+    // so it is kept in whole numbers while counting and no pass over the cells is needed.
     const auto countGroup = [&](std::size_t start, std::size_t end) {
-        std::vector<std::vector<int>> counts(end - start);
+        std::vector<std::vector<std::uint32_t>> counts(end - start);
+        std::vector<std::uint64_t> sumsOfSquares(end - start, 0);
         for (std::size_t c = start; c < end; ++c)
             counts[c - start].assign(
                 static_cast<std::size_t>(candidates[c]) * static_cast<std::size_t>(candidates[c]), 0);
@@ -331,9 +336,11 @@ int optimalGridSizeOf(const OffsetPoints& points)
             for (std::size_t c = start; c < end; ++c) {
                 const int n = candidates[c];
                 cellsOfOffsets(count, points.xRange / n, points.yRange / n, n, scratch, cells);
-                std::vector<int>& histogram = counts[c - start];
+                std::uint32_t* histogram = counts[c - start].data();
+                std::uint64_t growth = 0;
                 for (std::size_t i = 0; i < count; ++i)
-                    ++histogram[static_cast<std::size_t>(cells[i])];
+                    growth += 2 * std::uint64_t { histogram[cells[i]]++ } + 1;
+                sumsOfSquares[c - start] += growth;
             }
         }
         for (std::size_t c = start; c < end; ++c) {
@@ -342,12 +349,13 @@ int optimalGridSizeOf(const OffsetPoints& points)
             const double dy = points.yRange / n;
             const double binCount = static_cast<double>(n) * static_cast<double>(n);
             const double mean = static_cast<double>(total) / binCount;
-            double squares = 0.0;
-            for (const int k : counts[c - start]) {
-                const double d = k - mean;
-                squares += d * d;
-            }
-            const double variance = squares / binCount;
+            // cells^2 * variance = cells * sumOfSquares - N^2, a whole number that is never
+            // negative; 128 bits hold it for any count of points that fits in memory.
+            const unsigned __int128 scaled = static_cast<unsigned __int128>(sumsOfSquares[c - start])
+                    * static_cast<unsigned __int128>(
+                        static_cast<std::uint64_t>(n) * static_cast<std::uint64_t>(n))
+                - static_cast<unsigned __int128>(total) * total;
+            const double variance = static_cast<double>(scaled) / (binCount * binCount);
             const double area = dx * dy;
             costs[c] = (2.0 * mean - variance) / (area * area);
         }
