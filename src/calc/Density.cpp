@@ -253,7 +253,7 @@ constexpr std::size_t binBlockSize = 1024;
 
 // Points per block of work on the thread pool: below this, handing work over costs more than it
 // saves.
-constexpr std::size_t minimumParallelBlock = 50000;
+constexpr std::size_t minimumParallelBlock = 25000;
 
 // Scratch space for the cells of one block of points.
 struct CellBlock
@@ -283,8 +283,9 @@ void cellsOfOffsets(std::size_t count, double xStep, double yStep, int n, CellBl
         cells[i] = cells[i] * n + scratch.xBins[i];
 }
 
-// Bins per axis with the lowest Shimazaki-Shinomoto cost, for at least 4 points.
-int optimalGridSizeOf(const OffsetPoints& points)
+// Bins per axis with the lowest Shimazaki-Shinomoto cost, for at least 4 points. The independent
+// `alongside` work runs with the search's own blocks, on the thread pool when they do.
+int optimalGridSizeOf(const OffsetPoints& points, const std::vector<std::function<void()>>& alongside = {})
 {
     // 20 candidates spaced evenly in log from 32 (e^3.4657359) to 512 (times e^2.7725888); a
     // candidate equal to the one before is dropped.
@@ -360,11 +361,16 @@ int optimalGridSizeOf(const OffsetPoints& points)
             costs[c] = (2.0 * mean - variance) / (area * area);
         }
     };
-    const std::size_t parallelGroups = total >= minimumParallelBlock ? groups.size() : 1;
-    runInBlocks(groups.size(), parallelGroups, [&](std::size_t, std::size_t first, std::size_t last) {
-        for (std::size_t g = first; g < last; ++g)
-            countGroup(groups[g].first, groups[g].second);
-    });
+    const std::size_t tasks = alongside.size() + groups.size();
+    runInBlocks(tasks, total >= minimumParallelBlock ? tasks : 1,
+        [&](std::size_t, std::size_t first, std::size_t last) {
+            for (std::size_t t = first; t < last; ++t) {
+                if (t < alongside.size())
+                    alongside[t]();
+                else
+                    countGroup(groups[t - alongside.size()].first, groups[t - alongside.size()].second);
+            }
+        });
 
     // The smallest cost wins, the earlier candidate on a tie; 64 if no cost compares (NaN).
     int best = 64;
@@ -414,13 +420,20 @@ double quantile(const std::vector<double>& sorted, double q)
 DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<double>& y, int gridSize)
 {
     const std::size_t count = std::min(x.size(), y.size());
-    const int g = gridSize < 1 ? optimalGridSize(x, y) : gridSize;
-
     const double scale = count > 0 ? std::pow(static_cast<double>(count), -1.0 / 6.0) : 0.0;
     double spreadX = 0.0;
     double spreadY = 0.0;
-    runBoth([&] { spreadX = robustSpread(x, count); }, [&] { spreadY = robustSpread(y, count); },
-        count >= 2 * minimumParallelBlock);
+    // The grid size and the spreads are independent: the spreads are worked out among the blocks
+    // of the grid-size search.
+    int g = gridSize;
+    const std::vector<std::function<void()>> spreads { [&] { spreadX = robustSpread(x, count); },
+        [&] { spreadY = robustSpread(y, count); } };
+    if (g < 1 && count >= 4)
+        g = optimalGridSizeOf(offsetPoints(x, y, count), spreads);
+    else
+        runBoth(spreads[0], spreads[1], count >= minimumParallelBlock);
+    if (g < 1)
+        g = 32;
     double hx = scale * spreadX;
     double hy = scale * spreadY;
     if (!(hx > 0.0))

@@ -3,6 +3,7 @@
 #include "core/AxisRange.h"
 #include "core/ParallelBlocks.h"
 #include "core/ScaleModes.h"
+#include "plot/ColorBarPainter.h"
 #include "plot/ColorMaps.h"
 #include "plot/CurveOverlay.h"
 #include "plot/DataBoundsItem.h"
@@ -130,6 +131,7 @@ void ScatterPlot::setupPlot()
     setCanvasBackground(Qt::white);
     setMinimumSize(300, 250);
     setAxisShown(this, QwtPlot::yRight, false);
+    new ColorBarPainter(axisWidget(QwtPlot::yRight));
 
     auto* grid = new QwtPlotGrid;
     grid->setPen(itemPen(Qt::gray, 0.0, Qt::DotLine));

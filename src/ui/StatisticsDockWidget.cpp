@@ -63,7 +63,7 @@ void StatisticsDockWidget::updateStatistics(
         return;
 
     // The two axes are independent: for many points they are worked out at once.
-    constexpr std::size_t manyPoints = 100000;
+    constexpr std::size_t manyPoints = 20000;
     DistributionStats sx;
     DistributionStats sy;
     runBoth([&] { sx = computeDistributionStats(x); }, [&] { sy = computeDistributionStats(y); },
