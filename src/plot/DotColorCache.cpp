@@ -2,7 +2,9 @@
 
 #include "plot/DotTiles.h"
 
+#include <QColor>
 #include <cstring>
+#include <memory>
 #include <qwt_color_map.h>
 
 namespace Tessaly {
@@ -35,6 +37,24 @@ std::vector<QRgb> printOf(const QwtColorMap& map)
     return print;
 }
 
+// A map of its own for a thread: the library's map may touch shared state when asked for a
+// colour, which makes threads asking one map at once slower than one thread alone. A linear map
+// is rebuilt from its end colours and its colour at each stop, so every value maps alike. Null
+// for any other kind of map.
+std::unique_ptr<QwtLinearColorMap> copyOf(const QwtColorMap& map)
+{
+    const auto* linear = dynamic_cast<const QwtLinearColorMap*>(&map);
+    if (!linear)
+        return nullptr;
+    auto copy = std::make_unique<QwtLinearColorMap>(linear->color1(), linear->color2(), linear->format());
+    copy->setMode(linear->mode());
+    const QwtInterval unit(0.0, 1.0);
+    const QVector<double> stops = linear->colorStops();
+    for (int i = 1; i + 1 < stops.size(); ++i)
+        copy->addColorStop(stops[i], QColor::fromRgba(linear->rgb(unit, stops[i])));
+    return copy;
+}
+
 } // namespace
 
 const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D>& series,
@@ -53,8 +73,10 @@ const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D
         const QVector<QwtPoint3D> samples = array->samples();
         const QwtPoint3D* points = samples.constData();
         DotTiles::forChunks(count, 1 << 15, [&](std::size_t begin, std::size_t end) {
+            const std::unique_ptr<QwtLinearColorMap> own = copyOf(map);
+            const QwtColorMap& chunkMap = own ? *own : map;
             for (std::size_t i = begin; i < end; ++i)
-                colors[i] = map.rgb(range, points[i].z());
+                colors[i] = chunkMap.rgb(range, points[i].z());
         });
     } else {
         for (std::size_t i = 0; i < count; ++i)
