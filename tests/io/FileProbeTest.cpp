@@ -3,6 +3,7 @@
 #include "io/ColumnCheck.h"
 #include "io/VQDReader.h"
 #include "support/FixtureWriter.h"
+#include "support/StandInProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -92,12 +93,7 @@ TEST(FileProbe, TheColumnCheckRefusesDamagedFilesAsOneProbeDoes)
         EXPECT_EQ(failure, c.failure) << c.path.toStdString();
     }
 
-    const QString quiet = dir.filePath("quiet-probe.sh");
-    QFile script(quiet);
-    ASSERT_TRUE(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\nexit 0\n");
-    script.close();
-    QFile::setPermissions(quiet, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QString quiet = Testing::writeStandInProgram(dir.filePath("quiet-probe.sh"), "exit 0\n");
     FileProbe::setProgram(quiet);
     VQDReader reader;
     ASSERT_TRUE(reader.open(sound.toStdString()));

@@ -1,6 +1,7 @@
 #include "io/FileCheck.h"
 
 #include "support/FixtureWriter.h"
+#include "support/StandInProgram.h"
 
 #include <QFile>
 #include <QSignalSpy>
@@ -30,13 +31,7 @@ protected:
 
     QString probe(const char* name, const QByteArray& script)
     {
-        const QString path = folder.filePath(name);
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n" + script);
-        file.close();
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        return path;
+        return Testing::writeStandInProgram(folder.filePath(name), script);
     }
 
     QTemporaryDir folder;

@@ -6,6 +6,7 @@
 #include "plot/ScatterPlot.h"
 #include "support/FixtureWriter.h"
 #include "support/MessageCapture.h"
+#include "support/StandInProgram.h"
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -341,9 +342,8 @@ TEST_F(MainWindowOpening, FilesThatCrashTheFileLibraryAreRefusedNotFatal)
 TEST_F(MainWindowOpening, AFileWhoseColumnsCrashTheProbeIsDroppedAfterOpening)
 {
     // A stand-in probe that gets through the file's structure but crashes on its columns.
-    const QString fakeProbe = folder.filePath("probe.sh");
-    writeTextFile("probe.sh", "#!/bin/sh\n[ \"$1\" = --columns ] && kill -SEGV $$\nexit 0\n");
-    QFile::setPermissions(fakeProbe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QString fakeProbe = Testing::writeStandInProgram(
+        folder.filePath("probe.sh"), "[ \"$1\" = --columns ] && kill -SEGV $$\nexit 0\n");
     FileProbe::setProgram(fakeProbe);
     MainWindow& w = makeWindow();
     const QString kept = writeDataset("kept.vqd", "Kept");
@@ -369,10 +369,9 @@ TEST_F(MainWindowOpening, ThePlotIsDrawnFromItsOwnColumnsBeforeTheRestIsIn)
 {
     // A stand-in probe that holds back every share but the plot's own until the gate file exists.
     const QString gate = folder.filePath("gate");
-    const QString gatedProbe = writeTextFile("gated-probe.sh",
-        "#!/bin/sh\ncase \"$*\" in\n*--no-frames*) ;;\n--columns*) while [ ! -e '" + gate.toUtf8()
+    const QString gatedProbe = Testing::writeStandInProgram(folder.filePath("gated-probe.sh"),
+        "case \"$*\" in\n*--no-frames*) ;;\n--columns*) while [ ! -e '" + gate.toUtf8()
             + "' ]; do sleep 0.02; done ;;\nesac\nexec '" TESSALY_PROBE "' \"$@\"\n");
-    QFile::setPermissions(gatedProbe, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     FileProbe::setProgram(gatedProbe);
     MainWindow& w = makeWindow();
     w.openDataset(writeDataset("early.vqd", "Early", 400));
@@ -422,13 +421,7 @@ namespace {
 // A stand-in for the probe program that never ends, as the library does on some damaged files.
 QString writeHangingProbe(const QTemporaryDir& folder)
 {
-    const QString path = folder.filePath("hanging-probe.sh");
-    QFile file(path);
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("#!/bin/sh\nexec sleep 60\n");
-    file.close();
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    return path;
+    return Testing::writeStandInProgram(folder.filePath("hanging-probe.sh"), "exec sleep 60\n");
 }
 
 } // namespace

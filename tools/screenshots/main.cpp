@@ -1,6 +1,7 @@
 // Shows the main window on the offscreen platform with the given measurement files at a few window
 // sizes, saves a picture of each, and prints where the plot and its neighbours landed. For looking at
-// layout changes without a display (SHOTS_DEBUG=1 also lists the size hints of the visible widgets):
+// layout changes without a display (SHOTS_DEBUG=1 also lists the size hints of the visible widgets;
+// SHOTS_DENSITY=1 colours the points by density, with its colour bar, and draws contours):
 //
 //     build/tools/tessaly-screenshots /tmp/shots build/examples/*.vqd
 #include "app/Theme.h"
@@ -11,6 +12,7 @@
 
 #include <H5Cpp.h>
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
 #include <QDockWidget>
 #include <QSplitter>
@@ -69,6 +71,13 @@ int main(int argc, char** argv)
     const QSize sizes[] = { { 1400, 900 }, { 1024, 700 } };
     for (const QSize& size : sizes) {
         window.resize(size);
+        // Set at each size: a file that finishes loading late shows its own settings.
+        if (qEnvironmentVariableIsSet("SHOTS_DENSITY")) {
+            if (auto* color = window.findChild<QComboBox*>(QStringLiteral("colorFeatureCombo")))
+                color->setCurrentIndex(color->findData(QStringLiteral("__density_kde__")));
+            if (auto* contours = window.findChild<QComboBox*>(QStringLiteral("contourCombo")))
+                contours->setCurrentIndex(1);
+        }
         QTest::qWait(300);
         const auto* plot = window.findChild<ScatterPlot*>(QStringLiteral("scatterPlot"));
         std::printf("window %d x %d (actual %d x %d)\n", size.width(), size.height(), window.width(),
