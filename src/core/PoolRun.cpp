@@ -1,5 +1,6 @@
 #include "core/PoolRun.h"
 
+#include <QRunnable>
 #include <QThreadPool>
 #include <QtGlobal>
 #include <deque>
@@ -37,6 +38,22 @@ void runNextQueued()
     next();
 }
 
+// The task handed to the pool for every queued piece. It carries nothing itself, and it is made
+// once and never deleted, so the pool may hold it several times at once and nothing of it passes
+// from one thread to another behind the pool's own lock.
+class TakeNextQueued final : public QRunnable
+{
+public:
+    TakeNextQueued() { setAutoDelete(false); }
+    void run() override { runNextQueued(); }
+};
+
+QRunnable* takeNextQueued()
+{
+    static auto* task = new TakeNextQueued;
+    return task;
+}
+
 } // namespace
 
 QFuture<void> runOnPool(std::function<void(QFutureInterface<void>& future)> work)
@@ -63,8 +80,8 @@ QFuture<void> runOnPool(std::function<void(QFutureInterface<void>& future)> work
         const std::lock_guard<std::mutex> lock(queue.mutex);
         queue.waiting.push_back(std::move(run));
     }
-    // The task itself carries nothing: what it runs comes through the lock above.
-    QThreadPool::globalInstance()->start(runNextQueued);
+    // What the task runs comes through the lock above.
+    QThreadPool::globalInstance()->start(takeNextQueued());
     return future.future();
 }
 
