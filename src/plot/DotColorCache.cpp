@@ -1,6 +1,7 @@
 #include "plot/DotColorCache.h"
 
 #include "plot/DotTiles.h"
+#include "plot/UnitColorTable.h"
 
 #include <QColor>
 #include <cstring>
@@ -67,16 +68,34 @@ const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D
         return colors;
 
     colors.resize(count);
+    const auto* linear = dynamic_cast<const QwtLinearColorMap*>(&map);
+    if (linear && (!table || print != tablePrint)) {
+        table = std::make_unique<UnitColorTable>(*linear);
+        tablePrint = print;
+    }
     const auto* array = dynamic_cast<const QwtArraySeriesData<QwtPoint3D>*>(&series);
     if (array) {
         // The map's rgb() is const and keeps no state, so the pool may call it from every thread.
         const QVector<QwtPoint3D> samples = array->samples();
         const QwtPoint3D* points = samples.constData();
+        // The share of the range is worked out as the map does it, so the table answers for the
+        // same position the map would see.
+        const double low = range.minValue();
+        const double width = range.width();
+        const UnitColorTable* lookup = linear && width > 0.0 ? table.get() : nullptr;
         DotTiles::forChunks(count, 1 << 15, [&](std::size_t begin, std::size_t end) {
-            const std::unique_ptr<QwtLinearColorMap> own = copyOf(map);
-            const QwtColorMap& chunkMap = own ? *own : map;
-            for (std::size_t i = begin; i < end; ++i)
-                colors[i] = chunkMap.rgb(range, points[i].z());
+            std::unique_ptr<QwtLinearColorMap> own;
+            bool ownMade = false;
+            for (std::size_t i = begin; i < end; ++i) {
+                const double value = points[i].z();
+                if (lookup && lookup->lookup((value - low) / width, colors[i]))
+                    continue;
+                if (!ownMade) {
+                    own = copyOf(map);
+                    ownMade = true;
+                }
+                colors[i] = (own ? *own : map).rgb(range, value);
+            }
         });
     } else {
         for (std::size_t i = 0; i < count; ++i)

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "plot/UnitColorTable.h"
+
 #include <QRgb>
 #include <cstdint>
+#include <memory>
 #include <qwt_interval.h>
 #include <qwt_point_3d.h>
 #include <qwt_series_data.h>
@@ -30,6 +33,9 @@ private:
     std::vector<QRgb> mapPrint;
     QwtInterval cachedRange;
     std::vector<QRgb> colors;
+    // The last linear map's table, kept while the map is the same; the colour range may change.
+    std::unique_ptr<UnitColorTable> table;
+    std::vector<QRgb> tablePrint;
 };
 
 } // namespace Tessaly
