@@ -83,7 +83,7 @@ const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D
         const double low = range.minValue();
         const double width = range.width();
         const UnitColorTable* lookup = linear && width > 0.0 ? table.get() : nullptr;
-        DotTiles::forChunks(count, 1 << 15, [&](std::size_t begin, std::size_t end) {
+        DotTiles::forChunks(count, DotTiles::evenChunkSize(count, 1 << 13), [&](std::size_t begin, std::size_t end) {
             std::unique_ptr<QwtLinearColorMap> own;
             bool ownMade = false;
             for (std::size_t i = begin; i < end; ++i) {

@@ -8,7 +8,7 @@ namespace {
 
 // Chunks are large enough that a chunk's count of every tile is small beside its work, and few
 // enough that their counts stay small beside the stamps.
-constexpr std::size_t smallestChunk = 1 << 16;
+constexpr std::size_t smallestChunk = 1 << 14;
 constexpr std::size_t mostChunks = 64;
 
 struct TileSpan
@@ -47,7 +47,7 @@ DotTiles::DotTiles(int width_, int height_, int extent_, const DotStamps& stamps
 
     // Each chunk of the series counts its stamps per tile; a tile's stamps from chunk c then go
     // after those of all earlier chunks, which keeps the series order within every tile.
-    const std::size_t chunkSize = std::max(smallestChunk, (stamps.size() + mostChunks - 1) / mostChunks);
+    const std::size_t chunkSize = evenChunkSize(stamps.size(), smallestChunk, mostChunks);
     const std::size_t chunks = std::max<std::size_t>(1, (stamps.size() + chunkSize - 1) / chunkSize);
     std::vector<std::size_t> counts(chunks * tiles, 0);
     forChunks(stamps.size(), chunkSize, [&](std::size_t begin, std::size_t end) {
@@ -81,6 +81,12 @@ DotTiles::DotTiles(int width_, int height_, int extent_, const DotStamps& stamps
                     filed[next[static_cast<std::size_t>(row) * columns + column]++] = stamps[i];
         }
     });
+}
+
+std::size_t DotTiles::evenChunkSize(std::size_t count, std::size_t smallest, std::size_t most)
+{
+    const std::size_t chunks = std::clamp<std::size_t>(count / std::max<std::size_t>(smallest, 1), 1, std::max<std::size_t>(most, 1));
+    return std::max<std::size_t>(1, (count + chunks - 1) / chunks);
 }
 
 } // namespace Tessaly

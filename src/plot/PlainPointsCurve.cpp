@@ -34,7 +34,7 @@ void PlainPointsCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, c
     const double right = canvasRect.right();
     const double top = canvasRect.top();
     const double bottom = canvasRect.bottom();
-    DotTiles::forChunks(stamps.size(), 1 << 15, [&](std::size_t begin, std::size_t end) {
+    DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13), [&](std::size_t begin, std::size_t end) {
         for (std::size_t i = begin; i < end; ++i) {
             const double x = xMap.transform(points[i].x());
             const double y = yMap.transform(points[i].y());

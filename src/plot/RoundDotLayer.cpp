@@ -105,6 +105,38 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
             spans[row * 2 + 1] = static_cast<std::uint16_t>(last + 1);
         }
     }
+    prepareWideRuns();
+}
+
+void RoundDotLayer::prepareWideRuns()
+{
+    constexpr int group = 8;
+    // Larger masks would make the 16-bit coverage large and are rare.
+    wideRuns = PixelBlend::hasAvx2() && maskSize >= group && maskSize <= 32;
+    if (!wideRuns)
+        return;
+    const int maskCount = subpixelSteps * subpixelSteps;
+    const std::size_t area = static_cast<std::size_t>(maskSize) * maskSize;
+    rowRuns.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
+    maskHasRuns.assign(maskCount, 1);
+    wideCoverage.resize(area * 4 * maskCount);
+    for (int mask = 0; mask < maskCount; ++mask) {
+        const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
+        std::uint16_t* runs = rowRuns.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
+        for (int row = 0; row < maskSize; ++row) {
+            const int width = std::max(0, spans[row * 2 + 1] - spans[row * 2]);
+            const int length = (width + group - 1) / group * group;
+            if (length > maskSize) {
+                maskHasRuns[mask] = 0;
+                continue;
+            }
+            runs[row * 2] = static_cast<std::uint16_t>(std::min<int>(spans[row * 2], maskSize - length));
+            runs[row * 2 + 1] = static_cast<std::uint16_t>(length);
+        }
+        for (std::size_t i = 0; i < area; ++i)
+            std::fill_n(wideCoverage.begin() + static_cast<std::ptrdiff_t>((area * mask + i) * 4), 4,
+                masks[area * mask + i]);
+    }
 }
 
 void RoundDotLayer::addDots(const DotStamps& stamps)

@@ -66,6 +66,7 @@ private:
     static constexpr int subpixelSteps = 8;
 
     void buildMasks(double deviceDiameter);
+    void prepareWideRuns();
 
     QPainter* painter = nullptr;
     bool active = false;
@@ -87,6 +88,14 @@ private:
     // than 32 pixels.
     std::vector<std::uint32_t> coverBits;
     std::vector<std::uint32_t> opaqueBits;
+    // Eight pixels are blended at once where the processor can: per mask row a run of whole groups
+    // of eight that holds its covered columns and stays within the mask (start, length; length 0
+    // for an empty row), and the coverage four times per pixel as 16-bit values. Masks with a row
+    // too wide for such a run are blended column by column.
+    bool wideRuns = false;
+    std::vector<std::uint16_t> rowRuns;
+    std::vector<std::uint8_t> maskHasRuns;
+    std::vector<std::uint16_t> wideCoverage;
 };
 
 inline bool RoundDotLayer::stampFor(double x, double y, QRgb color, DotStamp& stamp) const
@@ -150,6 +159,24 @@ inline void RoundDotLayer::blend(
         = masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
     const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(stamp.color);
+#if defined(TESSALY_PIXELBLEND_AVX2)
+    // Most dots lie wholly within their tile and take the runs prepared for them.
+    if (wideRuns && stamp.left >= clipLeft && stamp.left + maskSize <= clipRight && stamp.top >= clipTop
+        && stamp.top + maskSize <= clipBottom && maskHasRuns[stamp.sprite]) {
+        const std::uint16_t* runs = rowRuns.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+        const std::uint16_t* coverage16
+            = wideCoverage.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize * 4;
+        std::uint32_t* origin = bits + static_cast<std::ptrdiff_t>(stamp.top) * stride + stamp.left;
+        for (int row = 0; row < maskSize; ++row) {
+            const int start = runs[row * 2];
+            if (runs[row * 2 + 1] != 0)
+                PixelBlend::coverageOverRowPrepared8(origin + static_cast<std::ptrdiff_t>(row) * stride + start,
+                    coverage16 + (static_cast<std::size_t>(row) * maskSize + start) * 4, premultiplied,
+                    runs[row * 2 + 1]);
+        }
+        return;
+    }
+#endif
     const int rowBegin = std::max(0, clipTop - stamp.top);
     const int rowEnd = std::min(maskSize, clipBottom - stamp.top);
     for (int row = rowBegin; row < rowEnd; ++row) {

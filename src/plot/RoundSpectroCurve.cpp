@@ -45,7 +45,7 @@ void RoundSpectroCurve::drawDots(QPainter* painter, const QwtScaleMap& xMap, con
             // The scale maps and their transforms are const and keep no state: safe on the pool.
             const QVector<QwtPoint3D> points = array->samples();
             const QwtPoint3D* data = points.constData() + first;
-            DotTiles::forChunks(stamps.size(), 1 << 15, [&](std::size_t begin, std::size_t end) {
+            DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13), [&](std::size_t begin, std::size_t end) {
                 for (std::size_t i = begin; i < end; ++i) {
                     if (!layer.stampFor(xMap.transform(data[i].x()), yMap.transform(data[i].y()),
                             colors[first + i], stamps[i]))

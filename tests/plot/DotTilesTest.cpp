@@ -106,6 +106,16 @@ TEST(PixelBlend, RowsBlendExactlyAsThePainter)
         out = dst;
         PixelBlend::coverageOverRow(out.data(), coverage.data(), color, n);
         EXPECT_EQ(out, expected);
+#if defined(TESSALY_PIXELBLEND_AVX2)
+        if (PixelBlend::hasAvx2() && n % 8 == 0) {
+            std::vector<std::uint16_t> coverage16(4 * n);
+            for (int i = 0; i < 4 * n; ++i)
+                coverage16[i] = coverage[i / 4];
+            out = dst;
+            PixelBlend::coverageOverRowPrepared8(out.data(), coverage16.data(), color, n);
+            EXPECT_EQ(out, expected);
+        }
+#endif
     }
 }
 

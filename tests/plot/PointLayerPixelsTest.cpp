@@ -178,7 +178,12 @@ TEST(PointLayerPixels, ColouredDotsMatchDrawingThemOneByOne)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const Points points = pointsFor(c);
-        for (const QImage::Format format : { QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied }) {
+        // Dots narrower than the groups of pixels blended at once, as wide as they, and wider.
+        for (const auto& [format, diameter] : { std::pair { QImage::Format_RGB32, 6.0 },
+                 std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
+                 std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
+                 std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
+            SCOPED_TRACE(diameter);
             QImage images[2];
             for (int fast = 0; fast < 2; ++fast) {
                 QwtPlot plot;
@@ -188,7 +193,7 @@ TEST(PointLayerPixels, ColouredDotsMatchDrawingThemOneByOne)
                     : static_cast<QwtPlotSpectroCurve*>(new DotByDotCurve(points.xyz));
                 if (fast)
                     curve->setSamples(points.xyz);
-                curve->setPenWidth(6.0);
+                curve->setPenWidth(diameter);
                 curve->setColorMap(colorMapFor(ViridisMap));
                 curve->setColorRange(QwtInterval(0.0, 1.0));
                 curve->attach(&plot);
@@ -209,7 +214,12 @@ TEST(PointLayerPixels, PlainPointsMatchTheLibrarysSymbols)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const Points points = pointsFor(c);
-        for (const QImage::Format format : { QImage::Format_RGB32, QImage::Format_ARGB32_Premultiplied }) {
+        // Dots narrower than the groups of pixels blended at once, as wide as they, and wider.
+        for (const auto& [format, diameter] : { std::pair { QImage::Format_RGB32, 6.0 },
+                 std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
+                 std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
+                 std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
+            SCOPED_TRACE(diameter);
             QImage images[2];
             for (int fast = 0; fast < 2; ++fast) {
                 QwtPlot plot;
