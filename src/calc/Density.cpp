@@ -298,14 +298,17 @@ int optimalGridSizeOf(const OffsetPoints& points, const std::vector<std::functio
 
     // The histograms are counted a block of points at a time for several candidates at once, so
     // that the points are read from memory once per group rather than once per candidate; a group
-    // holds as many candidates as keep its histograms within about a megabyte.
+    // holds as many candidates as keep its histograms within about a megabyte, and no more than
+    // three: the groups run in parallel, and one group of many small candidates would be left
+    // running alone after all the others.
     const std::size_t total = points.count;
     constexpr std::size_t groupCells = 200000;
+    constexpr std::size_t groupCandidates = 3;
     std::vector<std::pair<std::size_t, std::size_t>> groups;
     for (std::size_t start = 0; start < candidates.size();) {
         std::size_t end = start;
         std::size_t cellSum = 0;
-        while (end < candidates.size()) {
+        while (end < candidates.size() && end - start < groupCandidates) {
             const std::size_t size
                 = static_cast<std::size_t>(candidates[end]) * static_cast<std::size_t>(candidates[end]);
             if (end > start && cellSum + size > groupCells)
@@ -316,6 +319,10 @@ int optimalGridSizeOf(const OffsetPoints& points, const std::vector<std::functio
         groups.emplace_back(start, end);
         start = end;
     }
+    // The pool takes the tasks in order: the largest groups go first, the small ones and the
+    // `alongside` work fill in at the end.
+    std::stable_sort(groups.begin(), groups.end(),
+        [](const auto& a, const auto& b) { return a.second - a.first > b.second - b.first; });
 
     // Groups are independent: with enough points they are counted on the thread pool at once,
     // each cost in its own slot.
@@ -365,10 +372,10 @@ int optimalGridSizeOf(const OffsetPoints& points, const std::vector<std::functio
     runInBlocks(tasks, total >= minimumParallelBlock ? tasks : 1,
         [&](std::size_t, std::size_t first, std::size_t last) {
             for (std::size_t t = first; t < last; ++t) {
-                if (t < alongside.size())
-                    alongside[t]();
+                if (t < groups.size())
+                    countGroup(groups[t].first, groups[t].second);
                 else
-                    countGroup(groups[t - alongside.size()].first, groups[t - alongside.size()].second);
+                    alongside[t - groups.size()]();
             }
         });
 
