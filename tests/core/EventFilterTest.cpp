@@ -262,3 +262,45 @@ TEST(EventFilter, CombineModesPartitionTheEventsWheneverARuleIsPrepared)
             ASSERT_EQ(seen[i], 1) << "seed " << seed << " event " << i;
     }
 }
+
+// Events are judged in words of 64, batches and blocks on the thread pool: every event must come
+// out as when it is judged alone, at every length around those boundaries, in both modes.
+TEST(EventFilter, EventsJudgedTogetherAsEachAlone)
+{
+    for (const std::size_t n : { 1u, 63u, 64u, 65u, 1025u, 4099u, 250007u }) {
+        SCOPED_TRACE(n);
+        std::mt19937_64 rng(n);
+        std::uniform_real_distribution<double> value(-2.0, 12.0);
+        std::uniform_int_distribution<int> pick(0, 9);
+        std::vector<double> a(n), b(n), c(n);
+        for (std::size_t i = 0; i < n; ++i) {
+            a[i] = pick(rng) == 0 ? kNaN : value(rng);
+            b[i] = value(rng);
+            c[i] = pick(rng) == 0 ? kNaN : value(rng);
+        }
+        const FeatureColumns columns { { "a", &a }, { "b", &b }, { "c", &c } };
+        // Polygons are judged alone only on the shorter series, where that is quick.
+        const bool withPolygon = n < 10000;
+        const std::vector<FilterRule> rules { rangeRule("a", 1.0, 9.5), rangeRule("c", 4.0, 6.0, true),
+            withPolygon ? polygonRule("a", "b", { { 0, 0 }, { 11, 1 }, { 5, 11 } }) : rangeRule("b", -1.0, 11.0) };
+        for (const int mode : { 0, 1 }) {
+            EventFilter filter;
+            for (const FilterRule& rule : rules)
+                filter.addRule(rule);
+            filter.setCombineMode(mode);
+            Indices expected;
+            for (std::size_t i = 0; i < n; ++i) {
+                const std::vector<double> ai { a[i] }, bi { b[i] }, ci { c[i] };
+                bool passes = (a[i] >= 1.0 && a[i] <= 9.5) && !(c[i] >= 4.0 && c[i] <= 6.0);
+                if (withPolygon)
+                    passes = passes
+                        && filterOf({ rules[2] }).evaluate({ { "a", &ai }, { "b", &bi } }, 1).size() == 1;
+                else
+                    passes = passes && b[i] >= -1.0 && b[i] <= 11.0;
+                if (passes == (mode == 0))
+                    expected.push_back(static_cast<std::int32_t>(i));
+            }
+            EXPECT_EQ(filter.evaluate(columns, n), expected) << "mode " << mode;
+        }
+    }
+}
