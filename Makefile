@@ -11,7 +11,7 @@ TSAN_DIR ?= build-tsan
 # preload, the refresh's density and statistics), the reader's, whose lock they share, the blocks of
 # work that the numerics hand to the pool, and those that paint scatter points, which are blended
 # on the pool.
-TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|ParallelBlocks|PoolRun|Contours|Density|StatisticsDockWidget|PointLayerPixels|DotTiles|ScatterPlotDots|ScatterPlotRender)\.
+TSAN_TESTS ?= ^(MainWindow[A-Za-z]*|VQDReader[A-Za-z]*|Hdf5Filters|ParallelBlocks|PoolRun|PoolTask|Contours|Density|StatisticsDockWidget|PointLayerPixels|DotTiles|ScatterPlotDots|ScatterPlotRender)\.
 # ThreadSanitizer's allocator has no heap checks, so a probe there need not notice the heap damage a
 # malformed file does inside libhdf5; the test that relies on the probe noticing it is left out. So
 # is the refresh of a large example file, whose writing alone takes many minutes there; the

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calc/Contours.h"
 #include "calc/Density.h"
 #include "core/EventFilter.h"
 #include "core/FilterGroup.h"
@@ -309,6 +310,7 @@ private Q_SLOTS:
     void onTreeReorderRequested(int sourceId, int targetId, bool after);
     void onScaleModeChanged();
     void updateContours();
+    void showContours(int mode, const std::vector<ContourLevel>& levels);
     void updateIsoelastics();
     void updateStartPanel();
     void setInPeerFilters(const std::function<void(EventFilter&)>& change);

@@ -7,11 +7,13 @@
 #include "core/FluorescenceChannels.h"
 #include "core/ParallelBlocks.h"
 #include "core/PolygonRuleId.h"
+#include "core/PoolTask.h"
 #include "core/ScaleModes.h"
 #include "io/Hdf5Mutex.h"
 #include "plot/ImageViewer.h"
 #include "plot/ScatterPlot.h"
 #include "plot/TracePlot.h"
+#include "stats/DistributionStats.h"
 #include "ui/DatasetText.h"
 #include "ui/MainWindow.h"
 #include "ui/MessageBoxes.h"
@@ -193,6 +195,29 @@ void MainWindow::onFilterChanged()
     markLogAxisProblem(xScaleCombo, scaleX == 1 ? nonPositive(plotX) : 0, MainWindowTexts::xScaleToolTip);
     markLogAxisProblem(yScaleCombo, scaleY == 1 ? nonPositive(plotY) : 0, MainWindowTexts::yScaleToolTip);
 
+    // The contour levels and the figures of the statistics depend on the points alone: they are
+    // worked out on the thread pool while this thread hands the points to the plot. Nothing here
+    // changes the points, the density fit or the controls before the tasks are waited for.
+    std::vector<ContourLevel> levels;
+    const int contourMode = contourCombo->currentIndex();
+    const int innerPercent = innerContourSpinBox->value();
+    const int outerPercent = outerContourSpinBox->value();
+    PoolTask contourTask([&] {
+        levels = overlayContours(
+            contourMode, plotX, plotY, innerPercent, outerPercent, scaleX, scaleY, &densityFit);
+    });
+    const bool withStatistics = !plotX.empty() && !plotY.empty();
+    DistributionStats xStatistics;
+    DistributionStats yStatistics;
+    PoolTask xStatisticsTask([&] {
+        if (withStatistics)
+            xStatistics = computeDistributionStats(plotX);
+    });
+    PoolTask yStatisticsTask([&] {
+        if (withStatistics)
+            yStatistics = computeDistributionStats(plotY);
+    });
+
     scatterPlot->setData(plotX, plotY, plotXLabel, plotYLabel, plotColor, plotColorLabel);
 
     // The user's zoom survives a refresh unless the axes show something else now.
@@ -208,7 +233,10 @@ void MainWindow::onFilterChanged()
     lastPlotDataset = activeDatasetIndex;
 
     updatePolygonOverlays();
-    updateContours();
+    contourTask.wait();
+    showContours(contourMode, levels);
+    xStatisticsTask.wait();
+    yStatisticsTask.wait();
     updateIsoelastics();
     updatePlotStatus();
     // The dock marks where the peers differ; group widgets are rebuilt unless a group rule is being
@@ -217,7 +245,10 @@ void MainWindow::onFilterChanged()
     if (!groupRuleUpdating)
         refreshFilterGroupWidgets();
     updateApplyPlotButton();
-    statisticsDock->updateStatistics(plotX, plotY, plotXLabel, plotYLabel);
+    if (withStatistics)
+        statisticsDock->showStatistics(xStatistics, yStatistics, plotX.size(), plotXLabel, plotYLabel);
+    else
+        statisticsDock->updateStatistics(plotX, plotY, plotXLabel, plotYLabel);
     placeSelection(*entry);
     emit plotRefreshed();
 }
@@ -327,9 +358,13 @@ void MainWindow::onScaleModeChanged()
 void MainWindow::updateContours()
 {
     const int mode = contourCombo->currentIndex();
+    showContours(mode, overlayContours(mode, plotX, plotY, innerContourSpinBox->value(), outerContourSpinBox->value(),
+        xScaleCombo->currentIndex(), yScaleCombo->currentIndex(), &densityFit));
+}
+
+void MainWindow::showContours(int mode, const std::vector<ContourLevel>& levels)
+{
     scatterPlot->setDataVisible(mode != ContourOverlayOnly);
-    const std::vector<ContourLevel> levels = overlayContours(mode, plotX, plotY, innerContourSpinBox->value(),
-        outerContourSpinBox->value(), xScaleCombo->currentIndex(), yScaleCombo->currentIndex(), &densityFit);
     if (levels.empty())
         scatterPlot->clearContours();
     else

@@ -58,9 +58,10 @@ StatisticsDockWidget::StatisticsDockWidget(QWidget* parent)
 void StatisticsDockWidget::updateStatistics(
     const std::vector<double>& x, const std::vector<double>& y, const QString& xLabel, const QString& yLabel)
 {
-    resetTable(xLabel, yLabel);
-    if (x.empty() || y.empty())
+    if (x.empty() || y.empty()) {
+        resetTable(xLabel, yLabel);
         return;
+    }
 
     // The two axes are independent: for many points they are worked out at once.
     constexpr std::size_t manyPoints = 20000;
@@ -68,10 +69,16 @@ void StatisticsDockWidget::updateStatistics(
     DistributionStats sy;
     runBoth([&] { sx = computeDistributionStats(x); }, [&] { sy = computeDistributionStats(y); },
         x.size() >= manyPoints);
-    const auto& names = StatisticsText::rowNames;
-
     // Both vectors come from the same plotted points, so x's count stands for both.
-    const QString count = QString::number(x.size());
+    showStatistics(sx, sy, x.size(), xLabel, yLabel);
+}
+
+void StatisticsDockWidget::showStatistics(const DistributionStats& sx, const DistributionStats& sy,
+    std::size_t points, const QString& xLabel, const QString& yLabel)
+{
+    resetTable(xLabel, yLabel);
+    const auto& names = StatisticsText::rowNames;
+    const QString count = QString::number(points);
     addRow(table, names[0], count, count);
     addRow(table, names[1], figure(sx.mean), figure(sy.mean));
     addRow(table, names[2], figure(sx.sd), figure(sy.sd));

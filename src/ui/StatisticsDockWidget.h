@@ -1,5 +1,7 @@
 #pragma once
 
+#include "stats/DistributionStats.h"
+
 #include <QString>
 #include <QWidget>
 #include <vector>
@@ -31,6 +33,9 @@ public:
     // vector is empty only the header is shown.
     void updateStatistics(const std::vector<double>& x, const std::vector<double>& y, const QString& xLabel,
         const QString& yLabel);
+    // The same with the figures of both vectors worked out already, `count` values in each.
+    void showStatistics(const DistributionStats& x, const DistributionStats& y, std::size_t count,
+        const QString& xLabel, const QString& yLabel);
     // Empties the table and puts back the header "Statistic", "X", "Y".
     void clearStatistics();
 
