@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace Tessaly {
@@ -73,28 +74,37 @@ std::vector<double> orderStatistics(
     // Bucket b holds the values v with truncate((v - lo) * scale) = b, clamped, which is
     // non-decreasing in v; -inf goes to the first bucket, +inf to the last finite one, NaN to an
     // extra bucket at the end. So every value of a bucket sorts before every value of the next.
+    // The clamping is written as selections, which the processor does without branches.
     const std::size_t bucketCount = std::min<std::size_t>(n / 8 + 1, std::size_t { 1 } << 16);
     const double scale = static_cast<double>(bucketCount) / spread;
-    const auto bucketOf = [&](double v) -> std::size_t {
-        if (std::isnan(v))
-            return bucketCount;
-        const double position = (v - lo) * scale;
-        if (!(position >= 1.0))
-            return 0;
-        if (position >= static_cast<double>(bucketCount))
-            return bucketCount - 1;
-        return static_cast<std::size_t>(position);
+    const double lastBucket = static_cast<double>(bucketCount - 1);
+    const auto nanBucket = static_cast<std::uint32_t>(bucketCount);
+    const auto bucketOf = [&](double v) -> std::uint32_t {
+        double position = (v - lo) * scale;
+        position = position > 0.0 ? position : 0.0;
+        position = position < lastBucket ? position : lastBucket;
+        const auto b = static_cast<std::uint32_t>(static_cast<std::int32_t>(position));
+        return std::isnan(v) ? nanBucket : b;
     };
-    std::vector<std::size_t> counts(bucketCount + 1, 0);
-    for (const double v : values)
-        ++counts[bucketOf(v)];
+    // Each value's bucket is worked out once, several values at a time, and then counted.
+    std::vector<std::uint32_t> bucketOfValue(n);
+    for (std::size_t i = 0; i < n; ++i)
+        bucketOfValue[i] = bucketOf(values[i]);
+    std::vector<std::uint32_t> counts(bucketCount + 1, 0);
+    for (const std::uint32_t bucket : bucketOfValue)
+        ++counts[bucket];
 
-    // The bucket of each rank and the rank within it.
+    // The bucket of each rank and the rank within it, found in one walk over the buckets in the
+    // order of the ranks.
+    std::vector<std::size_t> order(ranks.size());
+    for (std::size_t r = 0; r < order.size(); ++r)
+        order[r] = r;
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return ranks[a] < ranks[b]; });
     std::vector<std::size_t> bucketOfRank(ranks.size());
     std::vector<std::size_t> rankInBucket(ranks.size());
-    for (std::size_t r = 0; r < ranks.size(); ++r) {
-        std::size_t before = 0;
-        std::size_t b = 0;
+    std::size_t before = 0;
+    std::size_t b = 0;
+    for (const std::size_t r : order) {
         while (before + counts[b] <= ranks[r]) {
             before += counts[b];
             ++b;
@@ -103,21 +113,23 @@ std::vector<double> orderStatistics(
         rankInBucket[r] = ranks[r] - before;
     }
 
-    // Gather the wanted buckets' values, in one pass, and select inside each.
-    constexpr std::size_t unwanted = std::numeric_limits<std::size_t>::max();
-    std::vector<std::size_t> slotOfBucket(bucketCount + 1, unwanted);
+    // Gather the wanted buckets' values, in one pass, and select inside each. Whether a value's
+    // bucket is wanted is read from a bit per bucket, which stays in the nearest cache.
+    std::vector<std::uint64_t> wanted((bucketCount + 1 + 63) / 64, 0);
+    std::vector<std::size_t> slotOfBucket(bucketCount + 1, 0);
     std::vector<std::vector<double>> gathered;
-    for (const std::size_t b : bucketOfRank) {
-        if (slotOfBucket[b] == unwanted) {
-            slotOfBucket[b] = gathered.size();
+    for (const std::size_t bucket : bucketOfRank) {
+        if (!(wanted[bucket / 64] >> (bucket % 64) & 1u)) {
+            wanted[bucket / 64] |= std::uint64_t { 1 } << (bucket % 64);
+            slotOfBucket[bucket] = gathered.size();
             gathered.emplace_back();
-            gathered.back().reserve(counts[b]);
+            gathered.back().reserve(counts[bucket]);
         }
     }
-    for (const double v : values) {
-        const std::size_t slot = slotOfBucket[bucketOf(v)];
-        if (slot != unwanted)
-            gathered[slot].push_back(v);
+    for (std::size_t i = 0; i < n; ++i) {
+        const std::uint32_t bucket = bucketOfValue[i];
+        if (wanted[bucket / 64] >> (bucket % 64) & 1u)
+            gathered[slotOfBucket[bucket]].push_back(values[i]);
     }
     std::vector<double> out;
     for (std::size_t r = 0; r < ranks.size(); ++r) {

@@ -53,13 +53,17 @@ TEST(OrderStatistics, AgreesWithAFullSortOnAwkwardData)
                     value = wide(rng) * (k < 5 ? 1e6 : 1.0); // a few far outliers
             }
             const std::vector<double> sorted = sortedNanLast(v);
-            std::vector<std::size_t> ranks { 0, n / 4, n / 4 + 1, n / 2, (3 * n) / 4, n - 1, n + 10 };
-            const std::vector<double> got = orderStatistics(v, ranks);
-            ASSERT_EQ(got.size(), ranks.size());
-            for (std::size_t r = 0; r < ranks.size(); ++r) {
-                const double expected = sorted[std::min(ranks[r], n - 1)];
-                EXPECT_TRUE(sameValue(got[r], expected)) << "n " << n << " variant " << variant << " rank "
-                                                         << ranks[r] << ": " << got[r] << " vs " << expected;
+            // Ranks in rising order, and in no order with one asked twice.
+            for (const std::vector<std::size_t>& ranks :
+                { std::vector<std::size_t> { 0, n / 4, n / 4 + 1, n / 2, (3 * n) / 4, n - 1, n + 10 },
+                    std::vector<std::size_t> { (3 * n) / 4, n + 10, 0, n / 2, n / 4 + 1, n / 2, n - 1 } }) {
+                const std::vector<double> got = orderStatistics(v, ranks);
+                ASSERT_EQ(got.size(), ranks.size());
+                for (std::size_t r = 0; r < ranks.size(); ++r) {
+                    const double expected = sorted[std::min(ranks[r], n - 1)];
+                    EXPECT_TRUE(sameValue(got[r], expected)) << "n " << n << " variant " << variant << " rank "
+                                                             << ranks[r] << ": " << got[r] << " vs " << expected;
+                }
             }
         }
     }
