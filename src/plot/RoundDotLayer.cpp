@@ -4,6 +4,7 @@
 #include <QPaintEngine>
 #include <QPainter>
 #include <QTransform>
+#include <mutex>
 
 namespace Tessaly {
 
@@ -53,22 +54,41 @@ RoundDotLayer::RoundDotLayer(QPainter* painter_, const QRectF& canvasRect, doubl
     offsetX = transform.dx() - left;
     scaleY = transform.m22();
     offsetY = transform.dy() - top;
-    buildMasks(deviceDiameter);
+    shape = masksFor(deviceDiameter);
+    maskSize = shape->maskSize;
+    maskCentre = shape->maskCentre;
     active = true;
 }
 
-void RoundDotLayer::buildMasks(double deviceDiameter)
+std::shared_ptr<const RoundDotLayer::Masks> RoundDotLayer::masksFor(double deviceDiameter)
 {
+    // Each refresh paints dots of the same diameter again; the masks of the last diameter are kept.
+    static std::mutex mutex;
+    static double lastDiameter = 0.0;
+    static std::shared_ptr<const Masks> last;
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (!last || lastDiameter != deviceDiameter) {
+        last = buildMasks(deviceDiameter);
+        lastDiameter = deviceDiameter;
+    }
+    return last;
+}
+
+std::shared_ptr<const RoundDotLayer::Masks> RoundDotLayer::buildMasks(double deviceDiameter)
+{
+    auto made = std::make_shared<Masks>();
+    Masks& m = *made;
     // Room for the antialiased rim and for shifts of up to a pixel.
-    maskSize = static_cast<int>(std::ceil(deviceDiameter)) + 3;
-    maskCentre = maskSize / 2;
+    const int maskSize = static_cast<int>(std::ceil(deviceDiameter)) + 3;
+    m.maskSize = maskSize;
+    m.maskCentre = maskSize / 2;
     const std::size_t area = static_cast<std::size_t>(maskSize) * maskSize;
     const int maskCount = subpixelSteps * subpixelSteps;
-    masks.assign(area * maskCount, 0);
-    rowSpans.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
+    m.masks.assign(area * maskCount, 0);
+    m.rowSpans.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
     const bool withBits = maskSize <= 32;
-    coverBits.assign(withBits ? static_cast<std::size_t>(maskSize) * maskCount : 0, 0u);
-    opaqueBits.assign(coverBits.size(), 0u);
+    m.coverBits.assign(withBits ? static_cast<std::size_t>(maskSize) * maskCount : 0, 0u);
+    m.opaqueBits.assign(m.coverBits.size(), 0u);
 
     QImage canvas(maskSize, maskSize, QImage::Format_ARGB32_Premultiplied);
     const double radius = deviceDiameter * 0.5;
@@ -81,10 +101,10 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
             p.setBrush(Qt::white);
             const double shiftX = static_cast<double>(mask % subpixelSteps) / subpixelSteps;
             const double shiftY = static_cast<double>(mask / subpixelSteps) / subpixelSteps;
-            p.drawEllipse(QPointF(maskCentre + shiftX, maskCentre + shiftY), radius, radius);
+            p.drawEllipse(QPointF(m.maskCentre + shiftX, m.maskCentre + shiftY), radius, radius);
         }
-        std::uint8_t* coverage = masks.data() + area * mask;
-        std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
+        std::uint8_t* coverage = m.masks.data() + area * mask;
+        std::uint16_t* spans = m.rowSpans.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
         for (int row = 0; row < maskSize; ++row) {
             const QRgb* line = reinterpret_cast<const QRgb*>(canvas.constScanLine(row));
             int first = maskSize;
@@ -93,9 +113,9 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
                 const int alpha = qAlpha(line[col]);
                 coverage[row * maskSize + col] = static_cast<std::uint8_t>(alpha);
                 if (withBits && alpha != 0)
-                    coverBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
+                    m.coverBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
                 if (withBits && alpha == 255)
-                    opaqueBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
+                    m.opaqueBits[static_cast<std::size_t>(mask) * maskSize + row] |= 1u << col;
                 if (alpha != 0) {
                     first = std::min(first, col);
                     last = col;
@@ -105,37 +125,39 @@ void RoundDotLayer::buildMasks(double deviceDiameter)
             spans[row * 2 + 1] = static_cast<std::uint16_t>(last + 1);
         }
     }
-    prepareWideRuns();
+    prepareWideRuns(m);
+    return made;
 }
 
-void RoundDotLayer::prepareWideRuns()
+void RoundDotLayer::prepareWideRuns(Masks& m)
 {
     constexpr int group = 8;
+    const int maskSize = m.maskSize;
     // Larger masks would make the 16-bit coverage large and are rare.
-    wideRuns = PixelBlend::hasAvx2() && maskSize >= group && maskSize <= 32;
-    if (!wideRuns)
+    m.wideRuns = PixelBlend::hasAvx2() && maskSize >= group && maskSize <= 32;
+    if (!m.wideRuns)
         return;
     const int maskCount = subpixelSteps * subpixelSteps;
     const std::size_t area = static_cast<std::size_t>(maskSize) * maskSize;
-    rowRuns.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
-    maskHasRuns.assign(maskCount, 1);
-    wideCoverage.resize(area * 4 * maskCount);
+    m.rowRuns.assign(static_cast<std::size_t>(maskSize) * 2 * maskCount, 0);
+    m.maskHasRuns.assign(maskCount, 1);
+    m.wideCoverage.resize(area * 4 * maskCount);
     for (int mask = 0; mask < maskCount; ++mask) {
-        const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
-        std::uint16_t* runs = rowRuns.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
+        const std::uint16_t* spans = m.rowSpans.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
+        std::uint16_t* runs = m.rowRuns.data() + static_cast<std::size_t>(maskSize) * 2 * mask;
         for (int row = 0; row < maskSize; ++row) {
             const int width = std::max(0, spans[row * 2 + 1] - spans[row * 2]);
             const int length = (width + group - 1) / group * group;
             if (length > maskSize) {
-                maskHasRuns[mask] = 0;
+                m.maskHasRuns[mask] = 0;
                 continue;
             }
             runs[row * 2] = static_cast<std::uint16_t>(std::min<int>(spans[row * 2], maskSize - length));
             runs[row * 2 + 1] = static_cast<std::uint16_t>(length);
         }
         for (std::size_t i = 0; i < area; ++i)
-            std::fill_n(wideCoverage.begin() + static_cast<std::ptrdiff_t>((area * mask + i) * 4), 4,
-                masks[area * mask + i]);
+            std::fill_n(m.wideCoverage.begin() + static_cast<std::ptrdiff_t>((area * mask + i) * 4), 4,
+                m.masks[area * mask + i]);
     }
 }
 

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class QPainter;
@@ -51,22 +52,19 @@ public:
     inline void blend(const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const;
     const std::uint32_t* coverRows(const DotStamp& stamp) const
     {
-        return coverBits.empty() ? nullptr
-                                 : coverBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
+        return shape->coverBits.empty() ? nullptr
+                                 : shape->coverBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
     }
     const std::uint32_t* opaqueRows(const DotStamp& stamp) const
     {
-        if (coverBits.empty() || qAlpha(stamp.color) != 255)
+        if (shape->coverBits.empty() || qAlpha(stamp.color) != 255)
             return nullptr;
-        return opaqueBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
+        return shape->opaqueBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
     }
 
 private:
     // Dots are placed to 1/8 pixel, well below what the eye can tell at the edge of a dot.
     static constexpr int subpixelSteps = 8;
-
-    void buildMasks(double deviceDiameter);
-    void prepareWideRuns();
 
     QPainter* painter = nullptr;
     bool active = false;
@@ -80,22 +78,35 @@ private:
     double scaleY = 1.0, offsetY = 0.0;
     int maskSize = 0; // masks are maskSize x maskSize
     int maskCentre = 0; // pixel whose top-left corner is the centre of the unshifted mask
-    // Coverage masks, one per sub-pixel shift in x and y, and per mask row its first and one past
-    // its last covered column.
-    std::vector<std::uint8_t> masks;
-    std::vector<std::uint16_t> rowSpans;
-    // Per mask row, bit c where column c is covered at all and where fully; empty for masks wider
-    // than 32 pixels.
-    std::vector<std::uint32_t> coverBits;
-    std::vector<std::uint32_t> opaqueBits;
-    // Eight pixels are blended at once where the processor can: per mask row a run of whole groups
-    // of eight that holds its covered columns and stays within the mask (start, length; length 0
-    // for an empty row), and the coverage four times per pixel as 16-bit values. Masks with a row
-    // too wide for such a run are blended column by column.
-    bool wideRuns = false;
-    std::vector<std::uint16_t> rowRuns;
-    std::vector<std::uint8_t> maskHasRuns;
-    std::vector<std::uint16_t> wideCoverage;
+
+    // The dots' coverage masks and what is derived from them. They depend on the diameter alone,
+    // so they are rendered once per diameter and shared by every layer of that diameter.
+    struct Masks
+    {
+        int maskSize = 0;
+        int maskCentre = 0;
+        // Coverage masks, one per sub-pixel shift in x and y, and per mask row its first and one
+        // past its last covered column.
+        std::vector<std::uint8_t> masks;
+        std::vector<std::uint16_t> rowSpans;
+        // Per mask row, bit c where column c is covered at all and where fully; empty for masks
+        // wider than 32 pixels.
+        std::vector<std::uint32_t> coverBits;
+        std::vector<std::uint32_t> opaqueBits;
+        // Eight pixels are blended at once where the processor can: per mask row a run of whole
+        // groups of eight that holds its covered columns and stays within the mask (start,
+        // length; length 0 for an empty row), and the coverage four times per pixel as 16-bit
+        // values. Masks with a row too wide for such a run are blended column by column.
+        bool wideRuns = false;
+        std::vector<std::uint16_t> rowRuns;
+        std::vector<std::uint8_t> maskHasRuns;
+        std::vector<std::uint16_t> wideCoverage;
+    };
+    static std::shared_ptr<const Masks> masksFor(double deviceDiameter);
+    static std::shared_ptr<const Masks> buildMasks(double deviceDiameter);
+    static void prepareWideRuns(Masks& masks);
+
+    std::shared_ptr<const Masks> shape;
 };
 
 inline bool RoundDotLayer::stampFor(double x, double y, QRgb color, DotStamp& stamp) const
@@ -126,8 +137,8 @@ inline void RoundDotLayer::addDot(double x, double y, QRgb color)
     const int left = stamp.left;
     const int top = stamp.top;
     const std::uint8_t* coverage
-        = masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
-    const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+        = shape->masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
+    const std::uint16_t* spans = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(color);
     const bool opaque = qAlpha(color) == 255;
 
@@ -156,16 +167,16 @@ inline void RoundDotLayer::blend(
     const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const
 {
     const std::uint8_t* coverage
-        = masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
-    const std::uint16_t* spans = rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+        = shape->masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
+    const std::uint16_t* spans = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(stamp.color);
 #if defined(TESSALY_PIXELBLEND_AVX2)
     // Most dots lie wholly within their tile and take the runs prepared for them.
-    if (wideRuns && stamp.left >= clipLeft && stamp.left + maskSize <= clipRight && stamp.top >= clipTop
-        && stamp.top + maskSize <= clipBottom && maskHasRuns[stamp.sprite]) {
-        const std::uint16_t* runs = rowRuns.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+    if (shape->wideRuns && stamp.left >= clipLeft && stamp.left + maskSize <= clipRight && stamp.top >= clipTop
+        && stamp.top + maskSize <= clipBottom && shape->maskHasRuns[stamp.sprite]) {
+        const std::uint16_t* runs = shape->rowRuns.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
         const std::uint16_t* coverage16
-            = wideCoverage.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize * 4;
+            = shape->wideCoverage.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize * 4;
         std::uint32_t* origin = bits + static_cast<std::ptrdiff_t>(stamp.top) * stride + stamp.left;
         for (int row = 0; row < maskSize; ++row) {
             const int start = runs[row * 2];
