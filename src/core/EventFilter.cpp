@@ -1,9 +1,8 @@
 #include "core/EventFilter.h"
 
+#include "core/ParallelBlocks.h"
 #include "core/ScaleModes.h"
 #include "core/SlabPolygon.h"
-
-#include "core/ParallelBlocks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -201,7 +200,8 @@ std::vector<std::int32_t> EventFilter::evaluate(const FeatureColumns& columns, s
             }
             for (std::size_t w = 0; w < words; ++w) {
                 const std::size_t inWord = std::min<std::size_t>(64, count - 64 * w);
-                const std::uint64_t all = inWord == 64 ? ~std::uint64_t { 0 } : (std::uint64_t { 1 } << inWord) - 1;
+                const std::uint64_t all
+                    = inWord == 64 ? ~std::uint64_t { 0 } : (std::uint64_t { 1 } << inWord) - 1;
                 const std::uint64_t keep = keepPassing ? verdicts[w] : ~verdicts[w] & all;
                 const auto base = static_cast<std::int32_t>(from + 64 * w);
                 for (std::uint64_t left = keep; left != 0; left &= left - 1)

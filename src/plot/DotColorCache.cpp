@@ -83,20 +83,21 @@ const std::vector<QRgb>& DotColorCache::colorsFor(const QwtSeriesData<QwtPoint3D
         const double low = range.minValue();
         const double width = range.width();
         const UnitColorTable* lookup = linear && width > 0.0 ? table.get() : nullptr;
-        DotTiles::forChunks(count, DotTiles::evenChunkSize(count, 1 << 13), [&](std::size_t begin, std::size_t end) {
-            std::unique_ptr<QwtLinearColorMap> own;
-            bool ownMade = false;
-            for (std::size_t i = begin; i < end; ++i) {
-                const double value = points[i].z();
-                if (lookup && lookup->lookup((value - low) / width, colors[i]))
-                    continue;
-                if (!ownMade) {
-                    own = copyOf(map);
-                    ownMade = true;
+        DotTiles::forChunks(
+            count, DotTiles::evenChunkSize(count, 1 << 13), [&](std::size_t begin, std::size_t end) {
+                std::unique_ptr<QwtLinearColorMap> own;
+                bool ownMade = false;
+                for (std::size_t i = begin; i < end; ++i) {
+                    const double value = points[i].z();
+                    if (lookup && lookup->lookup((value - low) / width, colors[i]))
+                        continue;
+                    if (!ownMade) {
+                        own = copyOf(map);
+                        ownMade = true;
+                    }
+                    colors[i] = (own ? *own : map).rgb(range, value);
                 }
-                colors[i] = (own ? *own : map).rgb(range, value);
-            }
-        });
+            });
     } else {
         for (std::size_t i = 0; i < count; ++i)
             colors[i] = map.rgb(range, series.sample(i).z());

@@ -85,7 +85,8 @@ DotTiles::DotTiles(int width_, int height_, int extent_, const DotStamps& stamps
 
 std::size_t DotTiles::evenChunkSize(std::size_t count, std::size_t smallest, std::size_t most)
 {
-    const std::size_t chunks = std::clamp<std::size_t>(count / std::max<std::size_t>(smallest, 1), 1, std::max<std::size_t>(most, 1));
+    const std::size_t chunks = std::clamp<std::size_t>(
+        count / std::max<std::size_t>(smallest, 1), 1, std::max<std::size_t>(most, 1));
     return std::max<std::size_t>(1, (count + chunks - 1) / chunks);
 }
 

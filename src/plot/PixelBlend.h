@@ -168,7 +168,7 @@ __attribute__((target("avx2"))) inline void coverageOverRowPrepared8(
         t = _mm256_add_epi16(t, _mm256_srli_epi16(t, 8));
         return _mm256_srli_epi16(_mm256_add_epi16(t, half), 8);
     };
-    const auto over = [&mul, full](__m256i src, __m256i d) __attribute__((target("avx2")))
+    const auto over = [&mul, full ](__m256i src, __m256i d) __attribute__((target("avx2")))
     {
         const __m256i alpha = _mm256_shufflehi_epi16(_mm256_shufflelo_epi16(src, 0xff), 0xff);
         return _mm256_add_epi16(src, mul(d, _mm256_sub_epi16(full, alpha)));

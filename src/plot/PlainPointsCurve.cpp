@@ -34,19 +34,20 @@ void PlainPointsCurve::drawSymbols(QPainter* painter, const QwtSymbol& symbol, c
     const double right = canvasRect.right();
     const double top = canvasRect.top();
     const double bottom = canvasRect.bottom();
-    DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13), [&](std::size_t begin, std::size_t end) {
-        for (std::size_t i = begin; i < end; ++i) {
-            const double x = xMap.transform(points[i].x());
-            const double y = yMap.transform(points[i].y());
-            if (!(x >= left && x <= right && y >= top && y <= bottom)) {
-                stamps[i].sprite = DotStamp::none;
-                continue;
+    DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13),
+        [&](std::size_t begin, std::size_t end) {
+            for (std::size_t i = begin; i < end; ++i) {
+                const double x = xMap.transform(points[i].x());
+                const double y = yMap.transform(points[i].y());
+                if (!(x >= left && x <= right && y >= top && y <= bottom)) {
+                    stamps[i].sprite = DotStamp::none;
+                    continue;
+                }
+                const double roundedX = x >= 0.0 ? std::floor(x + 0.5) : std::ceil(x - 0.5);
+                const double roundedY = y >= 0.0 ? std::floor(y + 0.5) : std::ceil(y - 0.5);
+                stamps[i] = layer.stampAt(static_cast<int>(roundedX), static_cast<int>(roundedY));
             }
-            const double roundedX = x >= 0.0 ? std::floor(x + 0.5) : std::ceil(x - 0.5);
-            const double roundedY = y >= 0.0 ? std::floor(y + 0.5) : std::ceil(y - 0.5);
-            stamps[i] = layer.stampAt(static_cast<int>(roundedX), static_cast<int>(roundedY));
-        }
-    });
+        });
     layer.addDots(stamps);
     layer.finish();
 }

@@ -52,8 +52,9 @@ public:
     inline void blend(const DotStamp& stamp, int clipLeft, int clipTop, int clipRight, int clipBottom) const;
     const std::uint32_t* coverRows(const DotStamp& stamp) const
     {
-        return shape->coverBits.empty() ? nullptr
-                                 : shape->coverBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
+        return shape->coverBits.empty()
+            ? nullptr
+            : shape->coverBits.data() + static_cast<std::size_t>(stamp.sprite) * maskSize;
     }
     const std::uint32_t* opaqueRows(const DotStamp& stamp) const
     {
@@ -138,7 +139,8 @@ inline void RoundDotLayer::addDot(double x, double y, QRgb color)
     const int top = stamp.top;
     const std::uint8_t* coverage
         = shape->masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
-    const std::uint16_t* spans = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+    const std::uint16_t* spans
+        = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(color);
     const bool opaque = qAlpha(color) == 255;
 
@@ -168,20 +170,23 @@ inline void RoundDotLayer::blend(
 {
     const std::uint8_t* coverage
         = shape->masks.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize;
-    const std::uint16_t* spans = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+    const std::uint16_t* spans
+        = shape->rowSpans.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
     const std::uint32_t premultiplied = qPremultiply(stamp.color);
 #if defined(TESSALY_PIXELBLEND_AVX2)
     // Most dots lie wholly within their tile and take the runs prepared for them.
-    if (shape->wideRuns && stamp.left >= clipLeft && stamp.left + maskSize <= clipRight && stamp.top >= clipTop
-        && stamp.top + maskSize <= clipBottom && shape->maskHasRuns[stamp.sprite]) {
-        const std::uint16_t* runs = shape->rowRuns.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
+    if (shape->wideRuns && stamp.left >= clipLeft && stamp.left + maskSize <= clipRight
+        && stamp.top >= clipTop && stamp.top + maskSize <= clipBottom && shape->maskHasRuns[stamp.sprite]) {
+        const std::uint16_t* runs
+            = shape->rowRuns.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * 2;
         const std::uint16_t* coverage16
             = shape->wideCoverage.data() + static_cast<std::size_t>(stamp.sprite) * maskSize * maskSize * 4;
         std::uint32_t* origin = bits + static_cast<std::ptrdiff_t>(stamp.top) * stride + stamp.left;
         for (int row = 0; row < maskSize; ++row) {
             const int start = runs[row * 2];
             if (runs[row * 2 + 1] != 0)
-                PixelBlend::coverageOverRowPrepared8(origin + static_cast<std::ptrdiff_t>(row) * stride + start,
+                PixelBlend::coverageOverRowPrepared8(
+                    origin + static_cast<std::ptrdiff_t>(row) * stride + start,
                     coverage16 + (static_cast<std::size_t>(row) * maskSize + start) * 4, premultiplied,
                     runs[row * 2 + 1]);
         }

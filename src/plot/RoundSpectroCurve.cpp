@@ -45,13 +45,14 @@ void RoundSpectroCurve::drawDots(QPainter* painter, const QwtScaleMap& xMap, con
             // The scale maps and their transforms are const and keep no state: safe on the pool.
             const QVector<QwtPoint3D> points = array->samples();
             const QwtPoint3D* data = points.constData() + first;
-            DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13), [&](std::size_t begin, std::size_t end) {
-                for (std::size_t i = begin; i < end; ++i) {
-                    if (!layer.stampFor(xMap.transform(data[i].x()), yMap.transform(data[i].y()),
-                            colors[first + i], stamps[i]))
-                        stamps[i].sprite = DotStamp::none;
-                }
-            });
+            DotTiles::forChunks(stamps.size(), DotTiles::evenChunkSize(stamps.size(), 1 << 13),
+                [&](std::size_t begin, std::size_t end) {
+                    for (std::size_t i = begin; i < end; ++i) {
+                        if (!layer.stampFor(xMap.transform(data[i].x()), yMap.transform(data[i].y()),
+                                colors[first + i], stamps[i]))
+                            stamps[i].sprite = DotStamp::none;
+                    }
+                });
         } else {
             for (std::size_t i = 0; i < stamps.size(); ++i) {
                 const QwtPoint3D sample = samples.sample(first + i);

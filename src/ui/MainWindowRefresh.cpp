@@ -358,8 +358,9 @@ void MainWindow::onScaleModeChanged()
 void MainWindow::updateContours()
 {
     const int mode = contourCombo->currentIndex();
-    showContours(mode, overlayContours(mode, plotX, plotY, innerContourSpinBox->value(), outerContourSpinBox->value(),
-        xScaleCombo->currentIndex(), yScaleCombo->currentIndex(), &densityFit));
+    showContours(mode,
+        overlayContours(mode, plotX, plotY, innerContourSpinBox->value(), outerContourSpinBox->value(),
+            xScaleCombo->currentIndex(), yScaleCombo->currentIndex(), &densityFit));
 }
 
 void MainWindow::showContours(int mode, const std::vector<ContourLevel>& levels)

@@ -61,8 +61,9 @@ TEST(OrderStatistics, AgreesWithAFullSortOnAwkwardData)
                 ASSERT_EQ(got.size(), ranks.size());
                 for (std::size_t r = 0; r < ranks.size(); ++r) {
                     const double expected = sorted[std::min(ranks[r], n - 1)];
-                    EXPECT_TRUE(sameValue(got[r], expected)) << "n " << n << " variant " << variant << " rank "
-                                                             << ranks[r] << ": " << got[r] << " vs " << expected;
+                    EXPECT_TRUE(sameValue(got[r], expected))
+                        << "n " << n << " variant " << variant << " rank " << ranks[r] << ": " << got[r]
+                        << " vs " << expected;
                 }
             }
         }

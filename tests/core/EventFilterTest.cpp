@@ -282,7 +282,8 @@ TEST(EventFilter, EventsJudgedTogetherAsEachAlone)
         // Polygons are judged alone only on the shorter series, where that is quick.
         const bool withPolygon = n < 10000;
         const std::vector<FilterRule> rules { rangeRule("a", 1.0, 9.5), rangeRule("c", 4.0, 6.0, true),
-            withPolygon ? polygonRule("a", "b", { { 0, 0 }, { 11, 1 }, { 5, 11 } }) : rangeRule("b", -1.0, 11.0) };
+            withPolygon ? polygonRule("a", "b", { { 0, 0 }, { 11, 1 }, { 5, 11 } })
+                        : rangeRule("b", -1.0, 11.0) };
         for (const int mode : { 0, 1 }) {
             EventFilter filter;
             for (const FilterRule& rule : rules)

@@ -50,7 +50,8 @@ TEST(DotColorCache, ParallelColoursAreTheMapsOwn)
 // where a table of colours by position could answer for the wrong side.
 TEST(DotColorCache, ColoursAtEveryChangeOfColourAreTheMapsOwn)
 {
-    const QwtInterval ranges[] = { QwtInterval(-1.5, 2.25), QwtInterval(0.1, 0.7), QwtInterval(3e-7, 3.0000007e-7) };
+    const QwtInterval ranges[]
+        = { QwtInterval(-1.5, 2.25), QwtInterval(0.1, 0.7), QwtInterval(3e-7, 3.0000007e-7) };
     for (const QwtInterval& range : ranges) {
         for (int index = 0; index < 6; ++index) {
             for (const auto mode : { QwtLinearColorMap::ScaledColors, QwtLinearColorMap::FixedColors }) {

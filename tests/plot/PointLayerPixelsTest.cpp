@@ -179,10 +179,10 @@ TEST(PointLayerPixels, ColouredDotsMatchDrawingThemOneByOne)
         SCOPED_TRACE(c.name);
         const Points points = pointsFor(c);
         // Dots narrower than the groups of pixels blended at once, as wide as they, and wider.
-        for (const auto& [format, diameter] : { std::pair { QImage::Format_RGB32, 6.0 },
-                 std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
-                 std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
-                 std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
+        for (const auto& [format, diameter] :
+            { std::pair { QImage::Format_RGB32, 6.0 }, std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
+                std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
+                std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
             SCOPED_TRACE(diameter);
             QImage images[2];
             for (int fast = 0; fast < 2; ++fast) {
@@ -215,10 +215,10 @@ TEST(PointLayerPixels, PlainPointsMatchTheLibrarysSymbols)
         SCOPED_TRACE(c.name);
         const Points points = pointsFor(c);
         // Dots narrower than the groups of pixels blended at once, as wide as they, and wider.
-        for (const auto& [format, diameter] : { std::pair { QImage::Format_RGB32, 6.0 },
-                 std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
-                 std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
-                 std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
+        for (const auto& [format, diameter] :
+            { std::pair { QImage::Format_RGB32, 6.0 }, std::pair { QImage::Format_ARGB32_Premultiplied, 6.0 },
+                std::pair { QImage::Format_ARGB32_Premultiplied, 3.5 },
+                std::pair { QImage::Format_RGB32, 11.0 }, std::pair { QImage::Format_RGB32, 27.0 } }) {
             SCOPED_TRACE(diameter);
             QImage images[2];
             for (int fast = 0; fast < 2; ++fast) {
