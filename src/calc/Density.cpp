@@ -435,8 +435,12 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
     int g = gridSize;
     const std::vector<std::function<void()>> spreads { [&] { spreadX = robustSpread(x, count); },
         [&] { spreadY = robustSpread(y, count); } };
+    // With no points the extent is taken as the single value 0.
+    const AxisExtent ex = count > 0 ? axisExtent(x, count) : AxisExtent { 0.0, 0.0, 1.0 };
+    const AxisExtent ey = count > 0 ? axisExtent(y, count) : AxisExtent { 0.0, 0.0, 1.0 };
     if (g < 1 && count >= 4)
-        g = optimalGridSizeOf(offsetPoints(x, y, count), spreads);
+        g = optimalGridSizeOf(
+            { x.data(), y.data(), count, ex.minimum, ey.minimum, ex.range, ey.range }, spreads);
     else
         runBoth(spreads[0], spreads[1], count >= minimumParallelBlock);
     if (g < 1)
@@ -447,10 +451,6 @@ DensityGrid kernelDensityGrid(const std::vector<double>& x, const std::vector<do
         hx = 1.0;
     if (!(hy > 0.0))
         hy = 1.0;
-
-    // With no points the extent is taken as the single value 0.
-    const AxisExtent ex = count > 0 ? axisExtent(x, count) : AxisExtent { 0.0, 0.0, 1.0 };
-    const AxisExtent ey = count > 0 ? axisExtent(y, count) : AxisExtent { 0.0, 0.0, 1.0 };
 
     DensityGrid grid;
     grid.size = g;

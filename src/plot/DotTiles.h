@@ -93,6 +93,15 @@ private:
     std::vector<std::size_t> tileStart; // tile t holds filed[tileStart[t], tileStart[t + 1])
 };
 
+// A sprite row's 32 column bits placed in a tile row of 64 pixels, the sprite starting `shift`
+// pixels from the tile's left edge (negative: left of it).
+inline std::uint64_t placeBits(std::uint32_t bits, int shift)
+{
+    if (shift >= 0)
+        return shift < 64 ? std::uint64_t { bits } << shift : 0;
+    return shift > -32 ? std::uint64_t { bits } >> -shift : 0;
+}
+
 template <class Layer> void DotTiles::draw(const Layer& layer) const
 {
     static_assert(tileSize == 64, "a tile row is one 64-bit word of flags");
@@ -111,8 +120,9 @@ template <class Layer> void DotTiles::draw(const Layer& layer) const
         needed.assign(count, 0);
         const std::uint64_t fullRow
             = right - left == 64 ? ~std::uint64_t { 0 } : (std::uint64_t { 1 } << (right - left)) - 1;
+        const int tileRows = bottom - top;
         std::uint64_t opaque[tileSize] = {};
-        int opaqueRowCount = 0;
+        int sinceOpaqueCheck = 0;
         for (std::size_t k = count; k-- > 0;) {
             const DotStamp& stamp = first[k];
             const std::uint32_t* cover = layer.coverRows(stamp);
@@ -122,32 +132,44 @@ template <class Layer> void DotTiles::draw(const Layer& layer) const
             }
             const std::uint32_t* fill = layer.opaqueRows(stamp);
             const int shift = stamp.left - left;
-            const auto place = [shift](std::uint32_t bits) -> std::uint64_t {
-                if (shift >= 0)
-                    return shift < 64 ? std::uint64_t { bits } << shift : 0;
-                return shift > -32 ? std::uint64_t { bits } >> -shift : 0;
-            };
             const int rowBegin = std::max(0, top - stamp.top);
             const int rowEnd = std::min(extent, bottom - stamp.top);
-            bool visible = false;
-            for (int row = rowBegin; row < rowEnd && !visible; ++row)
-                visible = (place(cover[row]) & ~opaque[stamp.top + row - top] & fullRow) != 0;
-            if (!visible)
+            std::uint64_t* rows = opaque + (stamp.top + rowBegin - top);
+            const int rowCount = rowEnd - rowBegin;
+            cover += rowBegin;
+            std::uint64_t uncovered = 0;
+            // Most dots start within the tile, where their rows shift into place one way; the
+            // rows are tested all at once, without stopping at the first that shows.
+            if (shift >= 0 && shift <= 32) {
+                for (int row = 0; row < rowCount; ++row)
+                    uncovered |= (std::uint64_t { cover[row] } << shift) & ~rows[row];
+            } else {
+                for (int row = 0; row < rowCount; ++row)
+                    uncovered |= placeBits(cover[row], shift) & ~rows[row];
+            }
+            if ((uncovered & fullRow) == 0)
                 continue;
             needed[k] = 1;
             if (!fill)
                 continue;
-            for (int row = rowBegin; row < rowEnd; ++row) {
-                std::uint64_t& flags = opaque[stamp.top + row - top];
-                if ((flags & fullRow) == fullRow)
-                    continue;
-                flags |= place(fill[row]);
-                if ((flags & fullRow) == fullRow)
-                    ++opaqueRowCount;
+            fill += rowBegin;
+            if (shift >= 0 && shift <= 32) {
+                for (int row = 0; row < rowCount; ++row)
+                    rows[row] |= std::uint64_t { fill[row] } << shift;
+            } else {
+                for (int row = 0; row < rowCount; ++row)
+                    rows[row] |= placeBits(fill[row], shift);
             }
-            // Once the whole tile is opaque, nothing drawn before shows.
-            if (opaqueRowCount == bottom - top)
-                break;
+            // Once the whole tile is opaque, nothing drawn before shows. Checked now and then:
+            // stopping later changes nothing but the time.
+            if (++sinceOpaqueCheck == 16) {
+                sinceOpaqueCheck = 0;
+                std::uint64_t all = fullRow;
+                for (int row = 0; row < tileRows; ++row)
+                    all &= opaque[row];
+                if (all == fullRow)
+                    break;
+            }
         }
         for (std::size_t k = 0; k < count; ++k) {
             if (needed[k])

@@ -26,11 +26,9 @@ public:
             return false;
         // Exact: the cell count is a power of two, so k <= position * cells < k + 1 puts position
         // in [k / cells, (k + 1) / cells).
-        const auto cell = static_cast<std::size_t>(position * cellCount);
-        if (!uniform[cell])
-            return false;
-        color = colors[cell];
-        return true;
+        const std::uint64_t entry = cells[static_cast<std::size_t>(position * cellCount)];
+        color = static_cast<QRgb>(entry);
+        return (entry >> 32) != 0;
     }
 
     // How many cells have one colour throughout.
@@ -39,8 +37,9 @@ public:
     static constexpr std::size_t cellCount = std::size_t { 1 } << 16;
 
 private:
-    std::vector<QRgb> colors;
-    std::vector<std::uint8_t> uniform;
+    // Per cell its colour at the start, and above it a flag set where that is its colour
+    // throughout: one load answers.
+    std::vector<std::uint64_t> cells;
 };
 
 } // namespace Tessaly
