@@ -75,14 +75,19 @@ QFuture<void> runOnPool(std::function<void(QFutureInterface<void>& future)> work
             qWarning("A background task stopped on an unknown error");
         }
     };
+    startOnPool(std::move(run));
+    return future.future();
+}
+
+void startOnPool(std::function<void()> work)
+{
     PoolQueue& queue = poolQueue();
     {
         const std::lock_guard<std::mutex> lock(queue.mutex);
-        queue.waiting.push_back(std::move(run));
+        queue.waiting.push_back(std::move(work));
     }
     // What the task runs comes through the lock above.
     QThreadPool::globalInstance()->start(takeNextQueued());
-    return future.future();
 }
 
 } // namespace Tessaly

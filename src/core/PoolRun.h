@@ -13,4 +13,8 @@ namespace Tessaly {
 // can follow too: the pool's own hand-over is hidden inside Qt.
 QFuture<void> runOnPool(std::function<void(QFutureInterface<void>& future)> work);
 
+// Runs `work` on the global thread pool, the same way, without a future: for callers that wait
+// on their own terms. The work must not throw.
+void startOnPool(std::function<void()> work);
+
 } // namespace Tessaly

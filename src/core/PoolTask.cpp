@@ -10,7 +10,7 @@ PoolTask::PoolTask(std::function<void()> work)
     state->work = std::move(work);
     // The pool's task keeps the state alive; it may run long after the wait, and then finds the
     // work started and leaves at once.
-    runOnPool([state = state](QFutureInterface<void>&) { runIfFirst(*state); });
+    startOnPool([state = state] { runIfFirst(*state); });
 }
 
 PoolTask::~PoolTask()
