@@ -62,7 +62,14 @@ int main(int argc, char** argv)
     window.show();
     for (const QString& file : args.mid(1))
         window.openDataset(file);
-    if (!QTest::qWaitFor([&] { return !window.isPreloadRunning(); }, 60000))
+    // A file is checked in a process of its own before it is opened and loaded.
+    const auto files = static_cast<std::size_t>(args.size() - 1);
+    if (!QTest::qWaitFor(
+            [&] {
+                return window.datasets().size() >= files && !window.isCheckingFile()
+                    && !window.isPreloadRunning();
+            },
+            60000))
         std::fprintf(stderr, "the files were still loading after a minute\n");
     QTest::qWait(200);
 
